@@ -1,0 +1,199 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "audio/mediainput.h"
+
+#include <QChar>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/dict.h>
+#include <libavutil/error.h>
+#include <libavutil/samplefmt.h>
+}
+
+namespace {
+
+// FFmpeg asks once for each block of 32 KiB that it reads and once for each packet; an honest file is opened with a few
+// hundred of these, a long MP3 without a table of contents with some thousand.
+constexpr int callsUntilOpened = 16384;
+
+int errorOfUnsuitableFile(const QString& path)
+{
+    const QFileInfo info(path);
+    if (info.isDir())
+        return AVERROR(EISDIR);
+    // Opening a pipe would wait for a writer, reading a device might never end.
+    return info.exists() && !info.isFile() ? AVERROR(EINVAL) : 0;
+}
+
+QString decodedText(const char* text)
+{
+    return QString::fromUtf8(text).remove(QChar(QChar::ReplacementCharacter));
+}
+
+} // namespace
+
+struct MediaInput::ReadBudget
+{
+    int callsLeft = callsUntilOpened;
+    bool isLifted = false;
+};
+
+MediaInput::MediaInput() = default;
+MediaInput::~MediaInput() = default;
+MediaInput::MediaInput(MediaInput&& other) noexcept = default;
+
+MediaInput& MediaInput::operator=(MediaInput&& other) noexcept
+{
+    if (this == &other)
+        return *this;
+    // The old context goes before the budget that it calls back into.
+    m_codec = std::move(other.m_codec);
+    m_format = std::move(other.m_format);
+    m_budget = std::move(other.m_budget);
+    m_streamIndex = other.m_streamIndex;
+    m_failure = other.m_failure;
+    m_errorText = other.m_errorText;
+    return *this;
+}
+
+bool MediaInput::open(const QString& path)
+{
+    Q_ASSERT(!isOpen());
+    initialiseFfmpeg();
+    m_failure = Failure::None;
+    m_errorText.clear();
+    if (!openFile(path) || !findAudioStream() || !openDecoder()) {
+        close();
+        return false;
+    }
+    m_budget->isLifted = true;
+    return true;
+}
+
+void MediaInput::close()
+{
+    m_codec.reset();
+    m_format.reset();
+    m_budget.reset();
+    m_streamIndex = -1;
+}
+
+bool MediaInput::isOpen() const
+{
+    return m_codec != nullptr;
+}
+
+bool MediaInput::openFile(const QString& path)
+{
+    if (const int errorCode = errorOfUnsuitableFile(path); errorCode < 0)
+        return fail(Failure::OpenInput, errorCode);
+    m_budget = std::make_unique<ReadBudget>();
+    AVFormatContext* context = avformat_alloc_context();
+    if (!context)
+        return fail(Failure::OpenInput, AVERROR(ENOMEM));
+    context->interrupt_callback = { &MediaInput::isExhausted, m_budget.get() };
+    const AVInputFormat* format = inputFormatForSuffix(QFileInfo(path).suffix());
+    // On failure the call frees the context that it was given.
+    const int result = avformat_open_input(&context, QFile::encodeName(path).constData(), format, nullptr);
+    if (result < 0)
+        return fail(Failure::OpenInput, result);
+    m_format.reset(context);
+    return true;
+}
+
+bool MediaInput::findAudioStream()
+{
+    if (const int result = avformat_find_stream_info(m_format.get(), nullptr); result < 0)
+        return fail(Failure::FindStreamInfo, result);
+    for (unsigned index = 0; index < m_format->nb_streams; ++index) {
+        if (m_format->streams[index]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) {
+            m_streamIndex = int(index);
+            return true;
+        }
+    }
+    return fail(Failure::FindAudioStream);
+}
+
+bool MediaInput::openDecoder()
+{
+    const AVCodecParameters* parameters = stream()->codecpar;
+    const AVCodec* decoder = avcodec_find_decoder(parameters->codec_id);
+    if (!decoder)
+        return fail(Failure::FindDecoder);
+    CodecContextPointer codec(avcodec_alloc_context3(decoder));
+    if (!codec)
+        return fail(Failure::OpenCodec, AVERROR(ENOMEM));
+    if (const int result = avcodec_parameters_to_context(codec.get(), parameters); result < 0)
+        return fail(Failure::OpenCodec, result);
+    codec->pkt_timebase = stream()->time_base;
+    if (const int result = avcodec_open2(codec.get(), decoder, nullptr); result < 0)
+        return fail(Failure::OpenCodec, result);
+    m_codec = std::move(codec);
+    return true;
+}
+
+bool MediaInput::fail(Failure failure, int errorCode)
+{
+    m_failure = failure;
+    m_errorText = errorCode < 0 ? ffmpegErrorText(errorCode) : QString();
+    return false;
+}
+
+int MediaInput::isExhausted(void* budget)
+{
+    auto* readBudget = static_cast<ReadBudget*>(budget);
+    if (readBudget->isLifted)
+        return 0;
+    if (readBudget->callsLeft > 0)
+        --readBudget->callsLeft;
+    return readBudget->callsLeft == 0 ? 1 : 0;
+}
+
+QString MediaInput::formatName() const
+{
+    return QString::fromUtf8(m_format->iformat->name).toLower();
+}
+
+int MediaInput::sampleRate() const
+{
+    return m_codec->sample_rate;
+}
+
+int MediaInput::channelsCount() const
+{
+    return m_codec->ch_layout.nb_channels;
+}
+
+int MediaInput::bitsPerSample() const
+{
+    if (m_codec->bits_per_raw_sample >= 1)
+        return m_codec->bits_per_raw_sample;
+    if (m_codec->bits_per_coded_sample >= 1)
+        return m_codec->bits_per_coded_sample;
+    return av_get_bytes_per_sample(m_codec->sample_fmt) * 8;
+}
+
+double MediaInput::duration() const
+{
+    const AVRational timeBase = stream()->time_base;
+    return double(timeBase.num) / double(timeBase.den) * double(stream()->duration);
+}
+
+QVector<QPair<QString, QString>> MediaInput::metadata() const
+{
+    QVector<QPair<QString, QString>> entries;
+    const AVDictionaryEntry* entry = nullptr;
+    while ((entry = av_dict_get(m_format->metadata, "", entry, AV_DICT_IGNORE_SUFFIX)))
+        entries.append({ QString::fromUtf8(entry->key).toLower(), decodedText(entry->value) });
+    return entries;
+}
+
+const AVStream* MediaInput::stream() const
+{
+    return m_format->streams[m_streamIndex];
+}

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "audio/ffmpeg.h"
+
+#include <QPair>
+#include <QString>
+#include <QVector>
+
+struct AVStream;
+
+/// One media file opened with FFmpeg: its first audio stream and an opened decoder for it.
+///
+/// The input format is forced by the file's suffix where the suffix is one of the catalogue's own (see
+/// `inputFormatForSuffix()`). Only regular files are opened, and what may be read until the decoder stands is bounded,
+/// so that neither a pipe without a writer nor a file of endless empty chunks can hold the caller up.
+///
+/// Owner: whoever reads the file. Thread: one at a time; different inputs may be used on different threads at once.
+class MediaInput final
+{
+public:
+    /// How far `open()` came before it failed.
+    enum class Failure
+    {
+        None,
+        OpenInput,
+        FindStreamInfo,
+        FindAudioStream,
+        FindDecoder,
+        OpenCodec
+    };
+
+    MediaInput();
+    ~MediaInput();
+    MediaInput(MediaInput&& other) noexcept;
+    MediaInput& operator=(MediaInput&& other) noexcept;
+    Q_DISABLE_COPY(MediaInput)
+
+    /// Opens a file that is not opened yet; false when any step failed, with everything closed again.
+    bool open(const QString& path);
+    void close();
+
+    bool isOpen() const;
+    Failure failure() const { return m_failure; }
+    /// FFmpeg's text for the failed step; empty where the step has no error code of FFmpeg.
+    QString errorText() const { return m_errorText; }
+
+    /// The queries below need an open input.
+
+    /// FFmpeg's short name of the container format, in lower case.
+    QString formatName() const;
+    /// Hz.
+    int sampleRate() const;
+    int channelsCount() const;
+    /// Significant bits of the stored samples, or the width of a decoded one where the format has no such number.
+    int bitsPerSample() const;
+    /// Seconds. A stream without a known duration gives the product of FFmpeg's "no value" as it comes.
+    double duration() const;
+    /// The container's dictionary in its order: lower-cased keys, values without undecodable characters.
+    QVector<QPair<QString, QString>> metadata() const;
+
+    AVFormatContext* formatContext() const { return m_format.get(); }
+    AVCodecContext* codecContext() const { return m_codec.get(); }
+    const AVStream* stream() const;
+
+private:
+    struct ReadBudget;
+
+    bool openFile(const QString& path);
+    bool findAudioStream();
+    bool openDecoder();
+    bool fail(Failure failure, int errorCode = 0);
+    static int isExhausted(void* budget);
+
+    // Declared before the context that calls back into it.
+    std::unique_ptr<ReadBudget> m_budget;
+    FormatContextPointer m_format;
+    CodecContextPointer m_codec;
+    int m_streamIndex = -1;
+    Failure m_failure = Failure::None;
+    QString m_errorText;
+};

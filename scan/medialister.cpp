@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scan/medialister.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+
+#include <deque>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// True when `above` is `below` or a folder that holds it; both canonical.
+bool isSameOrAbove(const std::string& above, const std::string& below)
+{
+    if (above == "/")
+        return true;
+    return below.compare(0, above.size(), above) == 0 && (below.size() == above.size() || below[above.size()] == '/');
+}
+
+// A run of folders that lie in one another without a link between them, by their canonical paths.
+struct Stretch
+{
+    std::string top;
+    std::string bottom;
+
+    bool contains(const std::string& folder) const
+    {
+        return isSameOrAbove(top, folder) && isSameOrAbove(folder, bottom);
+    }
+};
+
+// What is reached through one link, or from one given path: how its folders are called canonically, and the folders
+// on the way to it.
+struct Branch
+{
+    std::string root;
+    std::string canonicalRoot;
+    std::vector<Stretch> way;
+
+    std::string canonical(const std::string& path) const
+    {
+        const std::string rest = path.substr(root.size());
+        return canonicalRoot == "/" && !rest.empty() ? rest : canonicalRoot + rest;
+    }
+
+    bool isOnTheWay(const std::string& canonicalFolder) const
+    {
+        for (const Stretch& stretch : way) {
+            if (stretch.contains(canonicalFolder))
+                return true;
+        }
+        return false;
+    }
+};
+
+enum class Kind
+{
+    Folder,
+    File,
+    Other
+};
+
+// Paths are kept in the encoding of the file system: names that are no valid text can be walked through, too.
+struct Place
+{
+    std::string path;
+    Kind kind = Kind::Other;
+    std::shared_ptr<const Branch> branch;
+};
+
+Kind kindOf(const fs::file_status& status)
+{
+    if (fs::is_directory(status))
+        return Kind::Folder;
+    return fs::is_regular_file(status) ? Kind::File : Kind::Other;
+}
+
+std::string canonicalPath(const std::string& path)
+{
+    std::error_code error;
+    const fs::path canonical = fs::canonical(path, error);
+    return error ? std::string() : canonical.native();
+}
+
+std::shared_ptr<const Branch> givenBranch(const std::string& path)
+{
+    return std::make_shared<const Branch>(Branch{ path, canonicalPath(path), {} });
+}
+
+std::shared_ptr<const Branch> linkedBranch(const Place& folder, const std::string& link)
+{
+    Branch branch{ link, canonicalPath(link), folder.branch->way };
+    branch.way.push_back({ folder.branch->canonicalRoot, folder.branch->canonical(folder.path) });
+    return std::make_shared<const Branch>(std::move(branch));
+}
+
+class Walk
+{
+public:
+    Walk(const QStringList& filters, const std::function<bool()>& isCanceled)
+        : m_filters(filters)
+        , m_isCanceled(isCanceled)
+    {
+    }
+
+    void addGiven(const QString& path);
+    QStringList run();
+
+private:
+    bool isCanceled() const { return m_isCanceled && m_isCanceled(); }
+    void listFolder(const Place& folder);
+    void addEntry(const Place& folder, const fs::directory_entry& entry);
+    void addFolder(const Place& parent, std::string path, bool isLink);
+    bool matches(const std::string& name) const
+    {
+        return QDir::match(m_filters, QFile::decodeName(QByteArray::fromStdString(name)));
+    }
+
+    QStringList m_filters;
+    const std::function<bool()>& m_isCanceled;
+    std::deque<Place> m_queue;
+    QStringList m_files;
+};
+
+void Walk::addGiven(const QString& path)
+{
+    if (path.isEmpty())
+        return;
+    const QString cleanPath = QDir::cleanPath(QDir::current().absoluteFilePath(path));
+    const std::string native = QFile::encodeName(cleanPath).toStdString();
+    std::error_code error;
+    const Kind kind = kindOf(fs::status(native, error));
+    if (kind != Kind::Other)
+        m_queue.push_back({ native, kind, kind == Kind::Folder ? givenBranch(native) : nullptr });
+}
+
+QStringList Walk::run()
+{
+    while (!m_queue.empty() && !isCanceled()) {
+        const Place place = std::move(m_queue.front());
+        m_queue.pop_front();
+        if (place.kind == Kind::Folder)
+            listFolder(place);
+        else
+            m_files.append(QFile::decodeName(QByteArray::fromStdString(place.path)));
+    }
+    return m_files;
+}
+
+void Walk::listFolder(const Place& folder)
+{
+    std::error_code error;
+    fs::directory_iterator entry(folder.path, error);
+    while (!error && entry != fs::directory_iterator() && !isCanceled()) {
+        addEntry(folder, *entry);
+        entry.increment(error);
+    }
+    if (error) {
+        qWarning().noquote() << "Unable to list folder:" << QFile::decodeName(QByteArray::fromStdString(folder.path))
+                             << QString::fromLocal8Bit(error.message().c_str());
+    }
+}
+
+void Walk::addEntry(const Place& folder, const fs::directory_entry& entry)
+{
+    std::string path = entry.path().native();
+    const std::string name = entry.path().filename().native();
+    if (name.empty() || name.front() == '.')
+        return;
+    std::error_code error;
+    const Kind kind = kindOf(entry.status(error));
+    if (kind == Kind::Folder)
+        addFolder(folder, std::move(path), entry.is_symlink(error));
+    else if (kind == Kind::File && matches(name))
+        m_queue.push_back({ std::move(path), Kind::File, nullptr });
+}
+
+void Walk::addFolder(const Place& parent, std::string path, bool isLink)
+{
+    const std::shared_ptr<const Branch> branch = isLink ? linkedBranch(parent, path) : parent.branch;
+    // Only behind a link can a folder lie above itself.
+    if (!branch->way.empty() && branch->isOnTheWay(branch->canonical(path)))
+        return;
+    m_queue.push_back({ std::move(path), Kind::Folder, branch });
+}
+
+} // namespace
+
+const QStringList& mediaFileFilters()
+{
+    static const QStringList filters = QStringLiteral("*.wav;*.mp3;*.aif;*.aiff").split(QLatin1Char(';'));
+    return filters;
+}
+
+QStringList listMediaFiles(
+    const QStringList& paths, const QStringList& filters, const std::function<bool()>& isCanceled)
+{
+    Walk walk(filters, isCanceled);
+    for (const QString& path : paths)
+        walk.addGiven(path);
+    return walk.run();
+}

@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scan/scanoperation.h"
+
+#include "scan/libraryrules.h"
+#include "scan/medialister.h"
+#include "scan/metadatareader.h"
+#include "scan/pathspellings.h"
+#include "store/operationreply.h"
+#include "store/recordwriter.h"
+#include "store/transaction.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDebug>
+#include <QtConcurrent>
+
+#include <algorithm>
+
+namespace {
+
+// Large enough to keep every core busy, small enough for smooth progress and prompt cancellation.
+constexpr int batchSize = 40;
+
+void appendRecord(MetaDataList& records, const MetaData& record)
+{
+    records.append(record);
+}
+
+// The records come in the order in which the files were read.
+MetaDataList readBatch(const QStringList& files)
+{
+    return QtConcurrent::mappedReduced<MetaDataList>(
+        files, readMetaData, appendRecord, QtConcurrent::UnorderedReduce | QtConcurrent::SequentialReduce)
+        .result();
+}
+
+class Scan
+{
+    Q_DECLARE_TR_FUNCTIONS(Scan)
+
+public:
+    Scan(const QSqlDatabase& connection, OperationReply* reply, int tableId, const QString& rules)
+        : m_connection(connection)
+        , m_reply(reply)
+        , m_tableId(tableId)
+        , m_rules(parseLibraryRules(rules))
+    {
+    }
+
+    void run(const QStringList& paths);
+
+private:
+    QStringList listFiles(const QStringList& paths);
+    void writeFiles(const QStringList& files);
+    QStringList writeBatch(const QStringList& files);
+    void warnOfSpellings(const MetaDataList& records);
+    void finish(Transaction& transaction);
+
+    const QSqlDatabase& m_connection;
+    OperationReply* m_reply;
+    int m_tableId;
+    LibraryRules m_rules;
+    PathSpellings m_spellings;
+    qint64 m_scanTimestamp = QDateTime::currentMSecsSinceEpoch();
+};
+
+void Scan::run(const QStringList& paths)
+{
+    const QStringList files = listFiles(paths);
+    if (m_reply->isCanceled()) {
+        m_reply->setError(tr("Canceled"));
+        return;
+    }
+    m_reply->setProgress(0, files.size());
+    Transaction transaction(m_connection);
+    if (!transaction.begin()) {
+        m_reply->setError(tr("Unable to begin scan transaction: %1").arg(transaction.errorText()));
+        return;
+    }
+    writeFiles(files);
+    finish(transaction);
+}
+
+QStringList Scan::listFiles(const QStringList& paths)
+{
+    m_reply->setProgress(0, -1);
+    const QStringList files = listMediaFiles(paths, mediaFileFilters(), [this]() { return m_reply->isCanceled(); });
+    if (files.isEmpty())
+        m_reply->cancel();
+    return files;
+}
+
+void Scan::writeFiles(const QStringList& files)
+{
+    int processed = 0;
+    while (processed < files.size() && !m_reply->isCanceled()) {
+        const QStringList batch = files.mid(processed, batchSize);
+        const QStringList warnings = writeBatch(batch);
+        processed += batch.size();
+        m_reply->setProgress(processed, files.size());
+        m_reply->addWarnings(warnings);
+    }
+}
+
+QStringList Scan::writeBatch(const QStringList& files)
+{
+    MetaDataList records = readBatch(files);
+    applyLibraryRules(records, m_rules);
+    warnOfSpellings(records);
+    const MetaDataList failedRecords = writeMetaData(m_connection, m_tableId, records, m_scanTimestamp, true);
+    QStringList warnings;
+    for (const MetaData& record : failedRecords)
+        warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));
+    return warnings;
+}
+
+void Scan::warnOfSpellings(const MetaDataList& records)
+{
+    for (const MetaData& record : records) {
+        if (record.error().isEmpty() && m_spellings.add(record.filePath())) {
+            qWarning().noquote()
+                << "Another file of this scan has the same path but for the case of its letters; both share one record:"
+                << record.filePath();
+        }
+    }
+}
+
+// The reply is ended last: its owner may release it as soon as it has ended.
+void Scan::finish(Transaction& transaction)
+{
+    const bool isCanceled = m_reply->isCanceled();
+    const bool isFinalized = isCanceled ? transaction.rollback() : transaction.commit();
+    if (!isFinalized)
+        m_reply->setError(tr("Unable to finalize scan transaction: %1").arg(transaction.errorText()));
+    else if (isCanceled)
+        m_reply->setError(tr("Canceled"));
+    else
+        m_reply->finish();
+}
+
+} // namespace
+
+void runScan(
+    const QSqlDatabase& connection, OperationReply* reply, int tableId, const QStringList& paths, const QString& rules)
+{
+    Scan(connection, reply, tableId, rules).run(paths);
+}

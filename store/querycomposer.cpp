@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "store/querycomposer.h"
+
+#include "store/fieldcatalogue.h"
+
+#include <QVariant>
+
+// Every text of the user goes in by one substitution with all arguments at once (or by joining): a term such as "50%1"
+// would otherwise be taken for a place marker.
+namespace {
+
+QString composeLookupTerm(QString term, const QStringList& fields)
+{
+    const bool isNegated = term.startsWith(QLatin1Char('!'));
+    if (isNegated)
+        term.remove(0, 1);
+    if (term.isEmpty())
+        return QString();
+    const QString comparison = isNegated ? QStringLiteral("NOT LIKE") : QStringLiteral("LIKE");
+    QStringList pieces;
+    for (const QString& field : fields)
+        pieces.append(QStringLiteral("(%3 %1 \"%%%2%%\")").arg(comparison, term, field));
+    const QString joiner = isNegated ? QStringLiteral(" AND ") : QStringLiteral(" OR ");
+    return QLatin1Char('(') + pieces.join(joiner) + QLatin1Char(')');
+}
+
+QStringList composeLookup(const QVariantMap& parameters)
+{
+    const QStringList terms
+        = parameters.value(QStringLiteral("lookup")).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QStringList fields = parameters.value(QStringLiteral("lookupFields")).toStringList();
+    QStringList conditions;
+    if (fields.isEmpty())
+        return conditions;
+    for (const QString& term : terms) {
+        const QString condition = composeLookupTerm(term.trimmed(), fields);
+        if (!condition.isEmpty())
+            conditions.append(condition);
+    }
+    return conditions;
+}
+
+QString composeOrder(const QVariantMap& parameters)
+{
+    const QString field = parameters.value(QStringLiteral("sortField")).toString();
+    if (!sortableFieldNames().contains(field))
+        return QString();
+    const bool isDescending = parameters.value(QStringLiteral("sortOrder")).toInt() == Qt::DescendingOrder;
+    // The id makes the order total, so that the position of a record can be counted.
+    return QStringLiteral(" ORDER BY %1 %2, id %2")
+        .arg(field, isDescending ? QStringLiteral("DESC") : QStringLiteral("ASC"));
+}
+
+QString composeRange(const QVariantMap& parameters)
+{
+    QString range;
+    const int limit = parameters.value(QStringLiteral("limit")).toInt();
+    if (limit > 0)
+        range += QStringLiteral(" LIMIT %1").arg(limit);
+    const int offset = parameters.value(QStringLiteral("offset")).toInt();
+    if (offset > 0)
+        range += QStringLiteral(" OFFSET %1").arg(offset);
+    return range;
+}
+
+} // namespace
+
+QString metaDataTableName(int tableId)
+{
+    return QStringLiteral("MetaData%1").arg(tableId);
+}
+
+QStringList composeConditions(int tableId, const QVariantMap& parameters)
+{
+    QStringList conditions;
+    if (parameters.value(QStringLiteral("lastScannedOnly")).toBool()) {
+        conditions.append(
+            QStringLiteral("(scanTimestamp=(SELECT MAX(scanTimestamp) FROM %1))").arg(metaDataTableName(tableId)));
+    }
+    if (parameters.value(QStringLiteral("playlistOnly")).toBool())
+        conditions.append(QStringLiteral("(playlist=1)"));
+    return conditions + composeLookup(parameters);
+}
+
+QString composeWhere(const QStringList& conditions)
+{
+    return conditions.isEmpty() ? QString() : QLatin1String(" WHERE ") + conditions.join(QLatin1String(" AND "));
+}
+
+QString composeSelect(int tableId, const QString& columns, const QVariantMap& parameters)
+{
+    const QString select = QStringLiteral("SELECT %1 FROM %2").arg(columns, metaDataTableName(tableId));
+    return select + composeWhere(composeConditions(tableId, parameters)) + composeOrder(parameters)
+        + composeRange(parameters);
+}

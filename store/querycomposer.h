@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+/// Turns query parameters into statements; every read of a metadata table is composed here. Thread: any.
+///
+/// Parameter keys, all optional: "lastScannedOnly" (bool), "playlistOnly" (bool), "lookup" (terms separated by blanks;
+/// "!" negates a term), "lookupFields" (string list), "sortField" (a sortable field), "sortOrder" (0 ascending,
+/// 1 descending), "limit" and "offset" (rows, used when greater than 0).
+
+/// "MetaData%1" for a table identifier (1 to 15).
+QString metaDataTableName(int tableId);
+
+/// The conditions of the parameters, to be joined with " AND ".
+QStringList composeConditions(int tableId, const QVariantMap& parameters);
+
+/// " WHERE " with the conditions joined; empty without conditions.
+QString composeWhere(const QStringList& conditions);
+
+/// A SELECT of `columns` (pasted as they are) with the parameters' filter, order, limit and offset.
+QString composeSelect(int tableId, const QString& columns, const QVariantMap& parameters);

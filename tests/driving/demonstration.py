@@ -1,0 +1,95 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+"""Plays the program's main job in its real window and leaves pictures of it.
+
+Usage: demonstration.py EXECUTABLE PICTURES-FOLDER
+The sounds are those of Debian's sound-icons package and a few mp3 and aiff files made by the ffmpeg program.
+"""
+
+import glob
+import os
+import shutil
+import subprocess
+import sys
+
+from driver import Program, picture, press, type_text, wait_for
+
+MADE_SOUNDS = [
+    # file name, seconds, what ffmpeg generates, tags
+    ("Harbour/Bell Buoy, far.mp3", 4.2, "sine=f=660:d=%s", {"title": "Bell buoy", "comment": "Bell buoy in fog, far"}),
+    ("Harbour/Engine idle.mp3", 6.5, "anoisesrc=d=%s:c=brown:a=0.4", {"comment": "Trawler engine, idle, interior"}),
+    ("Weather/Rain on tin roof.aiff", 8.1, "anoisesrc=d=%s:c=pink:a=0.3", {"title": "Rain on a tin roof"}),
+    ("Weather/Wind through reeds.aiff", 9.7, "anoisesrc=d=%s:c=violet:a=0.1", {"title": "Wind through reeds"}),
+    ("Weather/Thunder, distant.mp3", 12.4, "anoisesrc=d=%s:c=brown:a=0.6", {"comment": "Distant thunder, long tail"}),
+    ("Tones/Reference 1 kHz.aiff", 3.0, "sine=f=1000:d=%s", {"title": "Reference tone 1 kHz"}),
+]
+
+
+def make_sounds(folder):
+    for name, seconds, source, tags in MADE_SOUNDS:
+        path = os.path.join(folder, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        arguments = ["-f", "lavfi", "-i", source % seconds]
+        for key, text in tags.items():
+            arguments += ["-metadata", key + "=" + text]
+        subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", *arguments, path], check=True)
+    icons = os.path.join(folder, "Icons")
+    os.makedirs(icons)
+    for path in sorted(glob.glob("/usr/share/sounds/sound-icons/*.wav")):
+        shutil.copyfile(path, os.path.join(icons, os.path.basename(path)))
+
+
+def scan_folder(program, folder, pictures):
+    program.find("push button", "Scan Files…").click()
+    program.wait_for_window("Scan Media Files")
+    press("ctrl+a")
+    type_text(folder)
+    press("Return")
+    program.wait_for_window("Scanning Media Files")
+    program.find("push button", "Finish")
+    picture(os.path.join(pictures, "3-scan-finished.png"))
+    program.find("push button", "Finish").click()
+    program.wait_without_window("Scanning Media Files")
+
+
+def play(program, sounds, pictures):
+    program.wait_for_window("Warranty Disclaimer")
+    picture(os.path.join(pictures, "1-disclaimer.png"))
+    program.find("push button", "Accept").click()
+    program.wait_for_window("Vellumcast - Table1")
+    program.wait_for_label("Found Records: 0")
+    picture(os.path.join(pictures, "2-empty-catalogue.png"))
+
+    scan_folder(program, sounds, pictures)
+    print(program.wait_for_label("Found Records: [1-9][0-9]*"))
+    picture(os.path.join(pictures, "4-catalogue.png"))
+
+    program.find("text", "Search Keywords|").click()
+    type_text("bell")
+    press("Return")
+    print("Looked up \"bell\":", program.wait_for_label("Found Records: [1-9]"))
+    picture(os.path.join(pictures, "5-lookup.png"))
+    press("ctrl+a", "Delete", "Return")
+    program.wait_for_label("Found Records: [1-9][0-9]+")
+
+    program.find("table column header|column header", "Duration.*").click()
+    wait_for("the shortest sound on top", lambda: program.cell_texts("Duration")[0] <= "00:01")
+    picture(os.path.join(pictures, "6-sorted-by-duration.png"))
+
+
+def main():
+    executable, pictures = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
+    sounds = os.path.join(os.environ["TMPDIR"], "Sounds")
+    make_sounds(sounds)
+    program = Program(executable).start()
+    try:
+        play(program, sounds, pictures)
+        press("ctrl+q")
+        code = program.wait_for_end()
+    finally:
+        program.kill()
+    print("The demonstration is done; its pictures are in", pictures)
+    return code
+
+
+if __name__ == "__main__":
+    sys.exit(main())
