@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "browse/pagecache.h"
+#include "store/metadata.h"
+
+#include <QAbstractTableModel>
+#include <QPointer>
+#include <QStringList>
+#include <QTimer>
+#include <QVariantMap>
+#include <QVector>
+
+#include <memory>
+
+class Database;
+class FieldsCollection;
+class OperationReply;
+
+/// The table model behind the main table: any row of a very large metadata table, from a small cache of pages.
+///
+/// Knows the number of rows and keeps ten pages of fifty records; a row that is not cached is empty at first and its
+/// page is asked of the store 100 ms after the last such miss, if the view says that it is on screen. Lookup, filters
+/// and sorting are parameters of the store's queries; each change is a new *generation* of the query: replies of an
+/// older one are dropped. After a requery of the same table its old rows may be shown until fresh ones arrive; rows of
+/// one table are never shown as another's.
+///
+/// Owner: the view. Thread: GUI; nothing here waits for the store save the destructor, which ends collections that are
+/// under way.
+class MetaDataModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    enum Column
+    {
+        FilePathColumn,
+        FileNameColumn,
+        TypeColumn,
+        LibraryColumn,
+        DescriptionColumn,
+        DurationColumn,
+        RatingColumn,
+        ColumnsCount
+    };
+
+    enum Role
+    {
+        /// Header: the record field that the column shows.
+        FieldNameRole = Qt::UserRole + 1,
+        /// Cell: the whole record as a `MetaData`.
+        RecordRole = Qt::UserRole + 2,
+        /// Header: true for a column that may be hidden.
+        HideableRole = Qt::UserRole + 3,
+        /// Cell: the words of the lookup to highlight.
+        HighlightedWordsRole = Qt::UserRole + 102,
+        /// Cell: opacity of the text, 0 to 1, when it is not 1.
+        OpacityRole = Qt::UserRole + 103,
+        /// Cell: a second text at the right end.
+        TrailingTextRole = Qt::UserRole + 104
+    };
+
+    explicit MetaDataModel(QObject* parent = nullptr);
+    /// Cancels the collections under way and waits for their ends.
+    ~MetaDataModel() override;
+
+    /// The store to read, not owned, may be null; and the table to show, 1 to 15. Always requeries.
+    void setDatabase(Database* database, int tableId);
+    Database* database() const;
+    /// Always requeries.
+    void setTableId(int tableId);
+    int tableId() const { return m_tableId; }
+    /// Requeries when the text is new.
+    void setLookup(const QString& text);
+    /// Requeries when the flag is new.
+    void setFilePathLookupEnabled(bool enabled);
+    /// Requeries when a flag is new.
+    void setFilters(bool lastScannedOnly, bool playlistOnly);
+
+    /// Rows reported now; -1 before the first answer.
+    int rowsCount() const { return m_rowsCount; }
+    /// True once `rowsCount()` is known to be the true count.
+    bool isRowsCountActual() const { return m_isRowsCountActual; }
+    /// True while a page or a count is being asked of the store.
+    bool isProcessing() const { return m_pendingRequests > 0 || m_isCountPending; }
+    /// The parameters of the current view for the store: filters and lookup, and the order.
+    QVariantMap queryParameters() const;
+    /// True when the row's record is from the current query and may be acted on.
+    bool isRowFresh(int row) const;
+
+    /// Collects one field of the rows of these indexes; result "items" is a `QVariantList` in no fixed order. The
+    /// caller owns the reply.
+    OperationReply* collectFields(const QModelIndexList& indexes, const QString& fieldName);
+    /// Asks the store where a record stands in the current view; result "row". The caller owns the reply, which is
+    /// null without a store.
+    OperationReply* lookupRow(qint64 metaDataId);
+
+    int rowCount(const QModelIndex& parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    bool dropMimeData(
+        const QMimeData* data, Qt::DropAction action, int row, int column, const QModelIndex& parent) override;
+
+signals:
+    /// The count is known, or no longer.
+    void actualRowsCountChanged();
+    /// The first request of a burst went out.
+    void processingStarted();
+    /// The last request under way was answered (queued).
+    void processingFinished();
+    /// Asks whether any of these rows is on screen; to be connected directly.
+    void rangeVisibilityCheck(int topRow, int bottomRow, bool& visible);
+    /// The store or the table changed.
+    void tableChaged();
+    /// Inside the reset that a requery's first page brings.
+    void requeried();
+    /// The last collection under way has ended.
+    void fieldsCollectionContextsReleased();
+
+public slots:
+    /// Asks for the first page again; the reset happens when it arrives.
+    void requery();
+    void requestRowsCount();
+    void handleRowsCountReply();
+    void requestPages();
+    void handleModelPageReply();
+    void cleanInvalidPages();
+    void handleFieldsCollectionPageReply();
+    void releaseFieldsCollectionContext();
+
+private:
+    QVariantMap filterParameters() const;
+    MetaData recordAt(int row) const;
+    QVariant displayText(const MetaData& record, int column) const;
+    QVariant highlightedWords(int column) const;
+    void schedulePageRequest(int page) const;
+    void requestPage(int page);
+    void requestNextCollectionPage(FieldsCollection& collection);
+    void applyInitialPage(int page, const MetaDataList& items);
+    void applyPage(int page, const MetaDataList& items);
+    void emitRowsChanged(int page, int items);
+    void requestFinished();
+    void showOtherTable();
+
+    QPointer<Database> m_database;
+    int m_tableId = 1;
+    int m_rowsCount = -1;
+    bool m_isRowsCountActual = false;
+    bool m_isCountPending = false;
+    bool m_isCountWanted = false;
+    int m_generation = 0;
+
+    bool m_lastScannedOnly = false;
+    bool m_playlistOnly = false;
+    QString m_lookup;
+    QStringList m_lookupWords;
+    bool m_isFilePathLookupEnabled = false;
+    QString m_sortField;
+    int m_sortOrder = Qt::AscendingOrder;
+
+    PageCache m_cache;
+    // Misses are noted while a cell is read, hence mutable.
+    mutable QVector<int> m_requestQueue;
+    QVector<int> m_pendingPages;
+    int m_pendingRequests = 0;
+    mutable QTimer m_requestTimer;
+    mutable QTimer m_cleanTimer;
+    std::vector<std::unique_ptr<FieldsCollection>> m_collections;
+};

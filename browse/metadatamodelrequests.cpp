@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the model asks of the store, and what it does with the answers.
+#include "browse/fieldscollection.h"
+#include "browse/metadatamodel.h"
+#include "store/database.h"
+#include "store/operationreply.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+namespace {
+
+const char pageProperty[] = "pageIndex";
+const char initialProperty[] = "initial";
+const char generationProperty[] = "generation";
+const char contextProperty[] = "context";
+
+// A store's reply goes by itself after its end, also when the model has gone before.
+OperationReply* selfDeleting(OperationReply* reply)
+{
+    QObject::connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
+    return reply;
+}
+
+} // namespace
+
+void MetaDataModel::requery()
+{
+    if (!m_database)
+        return;
+    ++m_generation;
+    requestPage(-1);
+}
+
+void MetaDataModel::schedulePageRequest(int page) const
+{
+    if (page < 0 || !m_database || m_pendingPages.contains(page) || m_requestQueue.contains(page))
+        return;
+    m_requestQueue.append(page);
+    m_requestTimer.start();
+    m_cleanTimer.stop();
+}
+
+void MetaDataModel::requestPages()
+{
+    m_requestTimer.stop();
+    if (!m_database)
+        return;
+    const auto isHidden = [this](int page) {
+        bool visible = false;
+        const int firstRow = page * PageCache::pageSize;
+        emit rangeVisibilityCheck(firstRow, firstRow + PageCache::pageSize - 1, visible);
+        return !visible;
+    };
+    QVector<int> wanted;
+    wanted.swap(m_requestQueue);
+    wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isHidden), wanted.end());
+    if (wanted.isEmpty()) {
+        m_cleanTimer.start();
+        return;
+    }
+    while (!wanted.isEmpty())
+        requestPage(wanted.takeLast());
+}
+
+void MetaDataModel::requestPage(int page)
+{
+    const bool isInitial = page < 0;
+    const int shownPage = std::max(page, 0);
+    // The initial request is made whatever is under way: it carries parameters that the others do not know.
+    if (!isInitial && m_pendingPages.contains(shownPage))
+        return;
+    m_pendingPages.append(shownPage);
+    if (++m_pendingRequests == 1)
+        emit processingStarted();
+
+    QVariantMap parameters = queryParameters();
+    parameters.insert(QStringLiteral("offset"), shownPage * PageCache::pageSize);
+    parameters.insert(QStringLiteral("limit"), PageCache::pageSize);
+    OperationReply* reply = selfDeleting(m_database->pullMetaData(m_tableId, parameters));
+    reply->setProperty(pageProperty, shownPage);
+    reply->setProperty(initialProperty, isInitial);
+    reply->setProperty(generationProperty, m_generation);
+    connect(reply, &OperationReply::finished, this, &MetaDataModel::handleModelPageReply);
+}
+
+void MetaDataModel::handleModelPageReply()
+{
+    const auto* reply = qobject_cast<OperationReply*>(sender());
+    const int page = reply->property(pageProperty).toInt();
+    m_pendingPages.removeOne(page);
+    requestFinished();
+    if (reply->property(generationProperty).toInt() != m_generation)
+        return;
+    if (reply->hasError()) {
+        qCritical().noquote() << "Page request failed:" << reply->errorString();
+        return;
+    }
+    const auto items = reply->result(QStringLiteral("items")).value<MetaDataList>();
+    if (reply->property(initialProperty).toBool())
+        applyInitialPage(page, items);
+    else
+        applyPage(page, items);
+}
+
+void MetaDataModel::requestFinished()
+{
+    if (--m_pendingRequests > 0)
+        return;
+    m_cleanTimer.start();
+    QMetaObject::invokeMethod(this, &MetaDataModel::processingFinished, Qt::QueuedConnection);
+}
+
+void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
+{
+    beginResetModel();
+    m_rowsCount = std::max(m_rowsCount, items.size());
+    m_cache.invalidate();
+    m_cleanTimer.start();
+    if (!items.isEmpty())
+        m_cache.insert(page, items);
+    // A short page tells the true count only when it agrees with what is shown; otherwise a count settles it.
+    m_isRowsCountActual = items.size() == m_rowsCount && items.size() < PageCache::pageSize;
+    emit requeried();
+    endResetModel();
+    emit actualRowsCountChanged();
+    if (!m_isRowsCountActual)
+        requestRowsCount();
+}
+
+void MetaDataModel::applyPage(int page, const MetaDataList& items)
+{
+    if (items.isEmpty())
+        return;
+    m_cache.insert(page, items);
+    emitRowsChanged(page, items.size());
+}
+
+void MetaDataModel::emitRowsChanged(int page, int items)
+{
+    const int firstRow = page * PageCache::pageSize;
+    const int lastRow = std::min(firstRow + items, m_rowsCount) - 1;
+    if (firstRow <= lastRow)
+        emit dataChanged(index(firstRow, 0), index(lastRow, ColumnsCount - 1));
+}
+
+void MetaDataModel::cleanInvalidPages()
+{
+    const QList<int> pages = m_cache.takeInvalidPages();
+    for (const int page : pages)
+        emitRowsChanged(page, PageCache::pageSize);
+}
+
+void MetaDataModel::requestRowsCount()
+{
+    if (!m_database)
+        return;
+    if (m_isCountPending) {
+        m_isCountWanted = true;
+        return;
+    }
+    m_isCountPending = true;
+    OperationReply* reply = selfDeleting(m_database->getRowsCount(m_tableId, filterParameters()));
+    reply->setProperty(generationProperty, m_generation);
+    connect(reply, &OperationReply::finished, this, &MetaDataModel::handleRowsCountReply);
+}
+
+void MetaDataModel::handleRowsCountReply()
+{
+    const auto* reply = qobject_cast<OperationReply*>(sender());
+    const bool isOutdated = reply->property(generationProperty).toInt() != m_generation;
+    const bool isWantedAgain = m_isCountWanted;
+    m_isCountPending = false;
+    m_isCountWanted = false;
+    if (isOutdated) {
+        if (isWantedAgain)
+            requestRowsCount();
+        return;
+    }
+    if (reply->hasError()) {
+        qCritical().noquote() << "Rows count reply error:" << reply->errorString();
+        return;
+    }
+    const int rowsCount = reply->result(QStringLiteral("rowsCount")).toInt();
+    m_isRowsCountActual = true;
+    if (rowsCount != m_rowsCount) {
+        beginResetModel();
+        m_rowsCount = rowsCount;
+        endResetModel();
+    }
+    emit actualRowsCountChanged();
+}
+
+OperationReply* MetaDataModel::lookupRow(qint64 metaDataId)
+{
+    return m_database ? m_database->lookupMetaDataRow(m_tableId, int(metaDataId), queryParameters()) : nullptr;
+}
+
+OperationReply* MetaDataModel::collectFields(const QModelIndexList& indexes, const QString& fieldName)
+{
+    auto* reply = new OperationReply;
+    const QSet<int> rows = FieldsCollection::distinctRows(indexes);
+    if (rows.isEmpty() || !m_database) {
+        reply->setError(rows.isEmpty() ? tr("Index list is empty") : tr("Database is not opened"));
+        return reply;
+    }
+    reply->setProperty(generationProperty, m_generation);
+    reply->setProgress(0, rows.size());
+    connect(reply, &OperationReply::finished, this, &MetaDataModel::releaseFieldsCollectionContext);
+    connect(reply, &QObject::destroyed, this, &MetaDataModel::releaseFieldsCollectionContext);
+    m_collections.push_back(std::make_unique<FieldsCollection>(reply, rows, queryParameters(), fieldName));
+    requestNextCollectionPage(*m_collections.back());
+    return reply;
+}
+
+void MetaDataModel::requestNextCollectionPage(FieldsCollection& collection)
+{
+    OperationReply* reply = collection.reply();
+    if (reply->isCanceled()) {
+        reply->setError(tr("Canceled"));
+        return;
+    }
+    if (!collection.hasNextPage()) {
+        reply->setResult(QStringLiteral("items"), collection.items());
+        reply->finish();
+        return;
+    }
+    OperationReply* page = selfDeleting(m_database->pullMetaData(m_tableId, collection.takeNextPageParameters()));
+    page->setProperty(contextProperty, QVariant::fromValue<QObject*>(reply));
+    connect(page, &OperationReply::finished, this, &MetaDataModel::handleFieldsCollectionPageReply);
+}
+
+void MetaDataModel::handleFieldsCollectionPageReply()
+{
+    const auto* page = qobject_cast<OperationReply*>(sender());
+    const auto* reply = page->property(contextProperty).value<QObject*>();
+    const auto collection = std::find_if(m_collections.begin(), m_collections.end(),
+        [reply](const auto& candidate) { return candidate->reply() == reply; });
+    if (collection == m_collections.end())
+        return;
+    FieldsCollection& current = **collection;
+    // Values of an older query stand on other rows than the user sees.
+    const bool isOutdated = current.reply()->property(generationProperty).toInt() != m_generation;
+    if (page->hasError() || isOutdated || !m_database) {
+        current.reply()->setError(tr("Unable to receive MetaData page"));
+        return;
+    }
+    current.addPage(page->result(QStringLiteral("items")).toList());
+    current.reply()->setProgress(current.items().size(), current.wantedRows());
+    requestNextCollectionPage(current);
+}
+
+void MetaDataModel::releaseFieldsCollectionContext()
+{
+    const QObject* reply = sender();
+    const auto isReleased = [reply](const auto& collection) {
+        return !collection->reply() || collection->reply() == reply;
+    };
+    const auto released = std::remove_if(m_collections.begin(), m_collections.end(), isReleased);
+    if (released == m_collections.end())
+        return;
+    m_collections.erase(released, m_collections.end());
+    if (m_collections.empty())
+        emit fieldsCollectionContextsReleased();
+}

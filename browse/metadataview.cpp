@@ -1,0 +1,314 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "browse/metadataview.h"
+
+#include "browse/metadatamodel.h"
+
+#include <QAction>
+#include <QDropEvent>
+#include <QFontMetrics>
+#include <QHeaderView>
+#include <QItemSelection>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMimeData>
+#include <QScopedValueRollback>
+#include <QUrl>
+
+namespace {
+
+constexpr int lookupDelay = 500; // milliseconds
+constexpr int pendingScanDelay = 100; // milliseconds
+const char columnProperty[] = "columnLogicalIndex";
+
+// Files are only ever copied in: another action would let the source remove them.
+void forceCopyAction(QDropEvent* event)
+{
+    if (event->possibleActions() & Qt::CopyAction)
+        event->setDropAction(Qt::CopyAction);
+}
+
+} // namespace
+
+MetaDataView::MetaDataView(QWidget* parent)
+    : AdvancedItemView(parent)
+    , m_model(new MetaDataModel(this))
+    , m_columnsMenu(new QMenu(this))
+{
+    setModel(m_model);
+    connectModel();
+    buildColumnsMenu();
+    m_lookupTimer.setSingleShot(true);
+    m_lookupTimer.setInterval(lookupDelay);
+    connect(&m_lookupTimer, &QTimer::timeout, this, &MetaDataView::applyLookup);
+    m_pendingScanTimer.setSingleShot(true);
+    m_pendingScanTimer.setInterval(pendingScanDelay);
+    connect(&m_pendingScanTimer, &QTimer::timeout, this, &MetaDataView::requestPendingScan);
+    setUpHeader();
+    setUpColumnWidths();
+    connect(this, &AdvancedItemView::headerStateRestored, this, &MetaDataView::updateColumnsVisibility);
+    updateColumnsVisibility();
+    setSelectionMode(ExtendedSelection);
+    // Sorting begins with the column that the header shows; by itself it would begin with a descending order.
+    horizontalHeader()->setSortIndicator(MetaDataModel::FilePathColumn, Qt::AscendingOrder);
+    setSortingEnabled(true);
+    setDragEnabled(true);
+    viewport()->setAcceptDrops(true);
+    setDropIndicatorShown(false);
+}
+
+MetaDataView::~MetaDataView() = default;
+
+void MetaDataView::connectModel()
+{
+    connect(
+        m_model, &MetaDataModel::rangeVisibilityCheck, this, &MetaDataView::checkRangeVisibility, Qt::DirectConnection);
+    // Queued: the view itself must have handled the reset first.
+    connect(m_model, &QAbstractItemModel::modelReset, this, &MetaDataView::restoreSavedSelection, Qt::QueuedConnection);
+    connect(m_model, &MetaDataModel::requeried, this, &MetaDataView::handleRequeried);
+    connect(m_model, &MetaDataModel::requeried, this, &MetaDataView::requeried);
+    connect(m_model, &MetaDataModel::processingStarted, this, &MetaDataView::processingStarted);
+    connect(m_model, &MetaDataModel::processingFinished, this, &MetaDataView::processingFinished);
+    connect(m_model, &MetaDataModel::actualRowsCountChanged, this, &MetaDataView::actualRowsCountChanged);
+    connect(m_model, &MetaDataModel::tableChaged, this, &MetaDataView::tableChaged);
+}
+
+void MetaDataView::buildColumnsMenu()
+{
+    for (int column = 0; column < m_model->columnCount(); ++column) {
+        QAction* action = m_columnsMenu->addAction(m_model->headerData(column, Qt::Horizontal).toString());
+        action->setProperty(columnProperty, column);
+        action->setCheckable(true);
+        action->setChecked(true);
+        action->setEnabled(m_model->headerData(column, Qt::Horizontal, MetaDataModel::HideableRole).toBool());
+        if (action->isEnabled())
+            connect(action, &QAction::toggled, this, &MetaDataView::toggledColumnVisibility);
+    }
+}
+
+void MetaDataView::setUpHeader()
+{
+    QHeaderView* header = horizontalHeader();
+    header->setVisible(true);
+    header->setSectionsMovable(true);
+    header->setSectionsClickable(true);
+    header->setHighlightSections(false);
+    header->setSortIndicatorShown(true);
+    header->setStretchLastSection(false);
+}
+
+void MetaDataView::setUpColumnWidths()
+{
+    const QFontMetrics metrics = fontMetrics();
+    const int margins = cellMargins().left() + cellMargins().right() + 1;
+    const int textWidth = 5 * metrics.horizontalAdvance(QStringLiteral("ABCD")) + margins;
+    QHeaderView* header = horizontalHeader();
+    const auto setUp = [header](int column, QHeaderView::ResizeMode mode, int width) {
+        header->setSectionResizeMode(column, mode);
+        header->resizeSection(column, width);
+    };
+    setUp(MetaDataModel::FilePathColumn, QHeaderView::Interactive, textWidth);
+    setUp(MetaDataModel::FileNameColumn, QHeaderView::Interactive, textWidth);
+    setUp(MetaDataModel::TypeColumn, QHeaderView::Fixed, metrics.horizontalAdvance(QStringLiteral("ABCDE")) + margins);
+    setUp(MetaDataModel::LibraryColumn, QHeaderView::Interactive, textWidth);
+    header->setSectionResizeMode(MetaDataModel::DescriptionColumn, QHeaderView::Stretch);
+    setUp(MetaDataModel::DurationColumn, QHeaderView::Fixed,
+        metrics.horizontalAdvance(QStringLiteral("000:00WW")) + margins);
+    setUp(MetaDataModel::RatingColumn, QHeaderView::Fixed,
+        metrics.horizontalAdvance(QStringLiteral("00.0WWW")) + margins);
+}
+
+void MetaDataView::setDatabase(Database* database, int tableId)
+{
+    m_model->setDatabase(database, tableId);
+}
+
+void MetaDataView::setTableId(int tableId)
+{
+    m_model->setTableId(tableId);
+}
+
+int MetaDataView::tableId() const
+{
+    return m_model->tableId();
+}
+
+void MetaDataView::setFilters(bool lastScannedOnly, bool playlistOnly)
+{
+    m_model->setFilters(lastScannedOnly, playlistOnly);
+}
+
+int MetaDataView::selectedRowsCount() const
+{
+    int count = 0;
+    const QItemSelection selection = selectionModel()->selection();
+    for (const QItemSelectionRange& range : selection)
+        count += range.bottom() - range.top() + 1;
+    return count;
+}
+
+void MetaDataView::keyboardSearch(const QString& /*search*/) { }
+
+void MetaDataView::requery(bool saveSelection)
+{
+    m_savedRow = currentIndex().row();
+    m_savedColumn = currentIndex().column();
+    if (saveSelection) {
+        m_savedRowRanges.clear();
+        const QItemSelection selection = selectionModel()->selection();
+        for (const QItemSelectionRange& range : selection)
+            m_savedRowRanges.append({ range.top(), range.bottom() });
+    }
+    m_model->requery();
+}
+
+void MetaDataView::restoreSavedSelection()
+{
+    const QScopedValueRollback<bool> restoring(m_isRestoringSelection, true);
+    if (m_savedRow >= 0 && m_savedColumn >= 0) {
+        const QModelIndex current = m_model->index(m_savedRow, m_savedColumn);
+        if (current.isValid())
+            setCurrentIndex(current);
+    }
+    QItemSelection selection;
+    for (const auto& [top, bottom] : qAsConst(m_savedRowRanges)) {
+        const QModelIndex first = m_model->index(top, 0);
+        const QModelIndex last = m_model->index(qMin(bottom, m_model->rowCount() - 1), 0);
+        if (first.isValid() && last.isValid())
+            selection.select(first, last);
+    }
+    if (!selection.isEmpty())
+        selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    // While the count is not final another reset follows and would take the selection away again.
+    if (!m_model->isRowsCountActual())
+        return;
+    m_savedRow = -1;
+    m_savedColumn = -1;
+    m_savedRowRanges.clear();
+}
+
+void MetaDataView::handleRequeried()
+{
+    if (m_savedRow < 0 || m_savedColumn < 0)
+        scrollToTop();
+}
+
+void MetaDataView::setLookup(const QString& value, bool applyInstantly)
+{
+    m_lookup = value;
+    if (applyInstantly) {
+        m_lookupTimer.stop();
+        applyLookup();
+    } else {
+        m_lookupTimer.start();
+    }
+}
+
+void MetaDataView::applyLookup()
+{
+    m_model->setLookup(m_lookup);
+}
+
+void MetaDataView::setFilePathLookupEnabled(bool enabled)
+{
+    m_model->setFilePathLookupEnabled(enabled);
+}
+
+void MetaDataView::requestPendingScan()
+{
+    QStringList paths;
+    paths.swap(m_pendingPaths);
+    emit scanRequested(paths);
+}
+
+void MetaDataView::checkRangeVisibility(int topRow, int bottomRow, bool& visible)
+{
+    const int height = viewport()->height() - 1;
+    const int firstRow = qMax(rowAt(0), 0);
+    const int lastRow = firstRow + (height + rowHeight()) / rowHeight();
+    if (topRow <= lastRow && firstRow <= bottomRow)
+        visible = true;
+}
+
+void MetaDataView::toggledColumnVisibility()
+{
+    const auto* action = qobject_cast<QAction*>(sender());
+    horizontalHeader()->setSectionHidden(action->property(columnProperty).toInt(), !action->isChecked());
+}
+
+void MetaDataView::updateColumnsVisibility()
+{
+    const QList<QAction*> actions = m_columnsMenu->actions();
+    for (QAction* action : actions)
+        action->setChecked(!horizontalHeader()->isSectionHidden(action->property(columnProperty).toInt()));
+}
+
+void MetaDataView::keyPressEvent(QKeyEvent* event)
+{
+    if (!event->isAutoRepeat())
+        emitKeySignal(event->key());
+    AdvancedItemView::keyPressEvent(event);
+}
+
+void MetaDataView::emitKeySignal(int key)
+{
+    switch (key) {
+    case Qt::Key_Return:
+        emit returnPressed();
+        break;
+    case Qt::Key_Plus:
+    case Qt::Key_Equal:
+        emit plusPressed();
+        break;
+    case Qt::Key_Minus:
+    case Qt::Key_Underscore:
+        emit minusPressed();
+        break;
+    case Qt::Key_Delete:
+    case Qt::Key_Backspace:
+        emit deletePressed();
+        break;
+    case Qt::Key_Space:
+        emit spacePressed();
+        break;
+    default:
+        break;
+    }
+}
+
+void MetaDataView::dragEnterEvent(QDragEnterEvent* event)
+{
+    forceCopyAction(event);
+    AdvancedItemView::dragEnterEvent(event);
+    // The base takes the proposed action back.
+    if (event->isAccepted())
+        forceCopyAction(event);
+}
+
+void MetaDataView::dragMoveEvent(QDragMoveEvent* event)
+{
+    forceCopyAction(event);
+    AdvancedItemView::dragMoveEvent(event);
+    if (event->isAccepted())
+        forceCopyAction(event);
+}
+
+void MetaDataView::dropEvent(QDropEvent* event)
+{
+    if (!event->mimeData() || !event->mimeData()->hasUrls()) {
+        AdvancedItemView::dropEvent(event);
+        return;
+    }
+    // A scan of the table's own files would take their ratings and marks away.
+    if (event->source() == this)
+        return;
+    const QList<QUrl> urls = event->mimeData()->urls();
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile())
+            m_pendingPaths.append(url.toLocalFile());
+    }
+    forceCopyAction(event);
+    // Accepted first: the base then leaves the data alone.
+    event->accept();
+    AdvancedItemView::dropEvent(event);
+    m_pendingScanTimer.start();
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "store/metadata.h"
+
+#include <QCache>
+#include <QList>
+
+/// The last used pages of a table, ten at most, and which of them are stale.
+///
+/// A page is up to `pageSize` consecutive records; page p holds the rows from p × pageSize on. A stale page may still
+/// be shown until a fresh one arrives or `takeInvalidPages()` removes it.
+///
+/// Owner: the model. Thread: GUI.
+class PageCache final
+{
+public:
+    static constexpr int pageSize = 50;
+    static constexpr int maximumPages = 10;
+
+    PageCache();
+
+    bool contains(int page) const;
+    /// True for a cached page that must be fetched again.
+    bool isInvalid(int page) const;
+    /// The record at this row, or a null record when its page is not cached or ends before it. Marks the page as used.
+    MetaData record(int row) const;
+    /// Puts a fresh page in; the least recently used one goes when there are more than ten.
+    void insert(int page, const MetaDataList& records);
+    /// Marks every cached page as stale.
+    void invalidate();
+    /// Removes the stale pages and returns their numbers.
+    QList<int> takeInvalidPages();
+    void clear();
+
+private:
+    mutable QCache<int, MetaDataList> m_pages;
+    QList<int> m_invalidPages;
+};

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/advanceddialog.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QShowEvent>
+
+AdvancedDialog::AdvancedDialog(QWidget* parent)
+    : QDialog(parent)
+{
+    setWindowFlag(Qt::WindowContextHelpButtonHint, false);
+}
+
+void AdvancedDialog::showEvent(QShowEvent* event)
+{
+    QRect area = frameGeometry();
+    area.moveCenter(preferredCentre());
+    move(area.topLeft());
+    QDialog::showEvent(event);
+    activateWindow();
+    setFocus();
+}
+
+QPoint AdvancedDialog::preferredCentre() const
+{
+    if (const QWidget* parent = parentWidget())
+        return parent->mapToGlobal(parent->rect().center());
+    const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    return screen->geometry().center();
+}

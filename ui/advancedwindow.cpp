@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/advancedwindow.h"
+
+#include "ui/settings.h"
+
+#include <QCloseEvent>
+#include <QGuiApplication>
+#include <QResizeEvent>
+#include <QScreen>
+
+namespace {
+
+constexpr int saveDelay = 300; // milliseconds
+
+QScreen* screenOf(const QWidget* widget)
+{
+    QScreen* screen = widget->screen();
+    return screen ? screen : QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+AdvancedWindow::AdvancedWindow(const QString& settingsGroup, QWidget* parent)
+    : QMainWindow(parent)
+{
+    if (!settingsGroup.isEmpty())
+        m_settings = new Settings(settingsGroup, this);
+    m_saveTimer.setSingleShot(true);
+    m_saveTimer.setInterval(saveDelay);
+    connect(&m_saveTimer, &QTimer::timeout, this, &AdvancedWindow::saveGeometry);
+}
+
+AdvancedWindow::~AdvancedWindow() = default;
+
+void AdvancedWindow::setPreparedCentralWidget(QWidget* widget)
+{
+    m_preparedCentralWidget = widget;
+    widget->setParent(this);
+    widget->hide();
+}
+
+QSize AdvancedWindow::preferredSize() const
+{
+    return size();
+}
+
+void AdvancedWindow::showWindow()
+{
+    if (isVisible()) {
+        raise();
+        activateWindow();
+        return;
+    }
+    QTimer::singleShot(0, this, &AdvancedWindow::prepareWindow);
+}
+
+void AdvancedWindow::prepareWindow()
+{
+    if (isVisible())
+        return;
+    // Off the screen the widgets learn their sizes; nobody sees an unfinished window.
+    setAttribute(Qt::WA_DontShowOnScreen, true);
+    resize(preferredSize());
+    show();
+    QTimer::singleShot(0, this, &AdvancedWindow::configureWindow);
+}
+
+void AdvancedWindow::configureWindow()
+{
+    // Hidden in between: the platform window of an off-screen widget would never appear.
+    hide();
+    setAttribute(Qt::WA_DontShowOnScreen, false);
+    if (m_preparedCentralWidget) {
+        setCentralWidget(m_preparedCentralWidget);
+        m_preparedCentralWidget->show();
+        m_preparedCentralWidget = nullptr;
+    }
+    m_isConfigured = true;
+    if (!restoreGeometry()) {
+        applyPreferredGeometry();
+        show();
+    }
+    raise();
+    activateWindow();
+    QMetaObject::invokeMethod(this, &AdvancedWindow::showed, Qt::QueuedConnection);
+}
+
+bool AdvancedWindow::restoreGeometry()
+{
+    if (!m_settings)
+        return false;
+    const QString suffix = screenSuffix();
+    if (m_settings->value(QStringLiteral("maximized") + suffix, false).toBool()) {
+        showMaximized();
+        return true;
+    }
+    const QString sizeKey = QStringLiteral("size") + suffix;
+    const QString positionKey = QStringLiteral("position") + suffix;
+    if (!m_settings->contains(sizeKey) || !m_settings->contains(positionKey))
+        return false;
+    resize(m_settings->value(sizeKey).toSize());
+    move(m_settings->value(positionKey).toPoint());
+    moveOntoScreen();
+    show();
+    return true;
+}
+
+void AdvancedWindow::applyPreferredGeometry()
+{
+    const QRect available = screenOf(this)->availableGeometry();
+    resize(preferredSize().boundedTo(available.size()));
+    QRect area(QPoint(), size());
+    area.moveCenter(available.center());
+    move(area.topLeft());
+}
+
+void AdvancedWindow::moveOntoScreen()
+{
+    const QRect area(pos(), size());
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    for (const QScreen* screen : screens) {
+        if (screen->availableGeometry().intersects(area))
+            return;
+    }
+    move(screenOf(this)->availableGeometry().topLeft());
+}
+
+void AdvancedWindow::saveGeometry()
+{
+    m_saveTimer.stop();
+    if (!m_settings || !m_isConfigured)
+        return;
+    const QString suffix = screenSuffix();
+    const QString sizeKey = QStringLiteral("size") + suffix;
+    const QString positionKey = QStringLiteral("position") + suffix;
+    const QString maximizedKey = QStringLiteral("maximized") + suffix;
+    if (isMaximized()) {
+        m_settings->remove(sizeKey);
+        m_settings->remove(positionKey);
+        m_settings->setValue(maximizedKey, true);
+    } else {
+        m_settings->remove(maximizedKey);
+        m_settings->setValue(sizeKey, size());
+        m_settings->setValue(positionKey, pos());
+    }
+}
+
+void AdvancedWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    if (m_isConfigured)
+        m_saveTimer.start();
+}
+
+void AdvancedWindow::closeEvent(QCloseEvent* event)
+{
+    saveGeometry();
+    QMainWindow::closeEvent(event);
+}
+
+QString AdvancedWindow::screenSuffix() const
+{
+    const QSize size = screenOf(this)->size();
+    return QStringLiteral("%1x%2").arg(QString::number(size.width()), QString::number(size.height()));
+}

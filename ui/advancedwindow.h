@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QMainWindow>
+#include <QTimer>
+
+class Settings;
+
+/// Base of the main window: remembers size, position and maximised state for each screen size it is used on.
+///
+/// `showWindow()` shows it in two steps: it is laid out off the screen first, then, on the next turn of the event loop,
+/// gets its geometry and appears; `showed()` follows once.
+///
+/// Owner: the start-up code. Thread: GUI.
+class AdvancedWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// `settingsGroup` is where the geometry is kept; nothing is kept when it is empty.
+    explicit AdvancedWindow(const QString& settingsGroup, QWidget* parent = nullptr);
+    ~AdvancedWindow() override;
+
+    /// Shows the window, or raises and activates it when it is visible already.
+    void showWindow();
+    /// Applies the geometry kept for this screen size; false when there is none.
+    bool restoreGeometry();
+
+signals:
+    /// The window has appeared for the first time (queued).
+    void showed();
+
+public slots:
+    /// Keeps the geometry for this screen size. Runs by itself 300 ms after the last resize and on closing.
+    void saveGeometry();
+
+protected:
+    /// The widget that the window shows once it is prepared; the window owns it.
+    void setPreparedCentralWidget(QWidget* widget);
+    /// Size of a window that was never shown on this screen size; it is centred.
+    virtual QSize preferredSize() const;
+    void resizeEvent(QResizeEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private slots:
+    void prepareWindow();
+    void configureWindow();
+
+private:
+    QString screenSuffix() const;
+    void applyPreferredGeometry();
+    void moveOntoScreen();
+
+    Settings* m_settings = nullptr;
+    QTimer m_saveTimer;
+    QWidget* m_preparedCentralWidget = nullptr;
+    bool m_isConfigured = false;
+};

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/warrantydisclaimerdialog.h"
+
+#include "ui_warrantydisclaimerdialog.h"
+
+#include <QPushButton>
+#include <QTextDocument>
+#include <QUrl>
+
+namespace {
+
+constexpr double documentMargin = 9;
+
+}
+
+WarrantyDisclaimerDialog::WarrantyDisclaimerDialog(QWidget* parent)
+    : AdvancedDialog(parent)
+{
+    Ui::WarrantyDisclaimerDialog form;
+    form.setupUi(this);
+    form.disclaimerView->setSource(QUrl(QStringLiteral("qrc:/Resources/WarrantyDisclaimer.html")));
+    form.disclaimerView->document()->setDocumentMargin(documentMargin);
+    form.buttonBox->button(QDialogButtonBox::Ok)->setText(tr("Accept"));
+    form.buttonBox->button(QDialogButtonBox::Cancel)->setText(tr("Reject"));
+    connect(form.buttonBox, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(form.buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    setFixedSize(sizeHint());
+}
