@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/application.h"
+
+#include "app/mainwindow.h"
+#include "app/singleinstance.h"
+#include "app/terminationsignals.h"
+#include "resources/resources.h"
+#include "ui/settings.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFont>
+#include <QIcon>
+#include <QStandardPaths>
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+constexpr int failureCode = 1;
+constexpr double smallestReadableFont = 10.0; // points
+const char instanceName[] = "Vellumcast";
+
+// Both must be said before the application object exists.
+void enableSharpScaling()
+{
+    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
+}
+
+QIcon applicationIcon()
+{
+    QIcon icon;
+    for (const int size : { 16, 32, 48, 128, 256 })
+        icon.addFile(QStringLiteral(":/Resources/ApplicationIcon-%1.png").arg(size));
+    return icon;
+}
+
+void installSettingsFile()
+{
+    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation));
+    Settings::setFileName(folder.filePath(QStringLiteral("Settings.ini")));
+}
+
+int runMainWindow()
+{
+    const auto window = std::make_unique<MainWindow>();
+    if (!window->isDatabaseOpened())
+        return failureCode;
+    window->showWindow();
+    const int code = QApplication::exec();
+    // Before the window goes: what its destruction would store is not wanted.
+    Settings::setFileName(QString());
+    return code;
+}
+
+} // namespace
+
+int runApplication(int& argc, char** argv)
+{
+    enableSharpScaling();
+    const QApplication application(argc, argv);
+    initialiseResources();
+    QApplication::setWindowIcon(applicationIcon());
+    SingleInstance instance;
+    if (!instance.claim(QLatin1String(instanceName)))
+        return failureCode;
+    const TerminationSignals terminationSignals;
+    installSettingsFile();
+    raiseFontToReadableSize();
+    return runMainWindow();
+}
+
+void raiseFontToReadableSize()
+{
+    QFont font = QApplication::font();
+    font.setPointSizeF(std::max(smallestReadableFont, font.pointSizeF()));
+    QApplication::setFont(font);
+}

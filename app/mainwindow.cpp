@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/mainwindow.h"
+
+#include "ui_mainwindow.h"
+
+#include "app/databasesession.h"
+#include "browse/metadatamodel.h"
+#include "ui/settings.h"
+#include "ui/warrantydisclaimerdialog.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDebug>
+#include <QDir>
+#include <QItemSelectionModel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr int requeryDelay = 20; // milliseconds
+constexpr int stateSaveDelay = 1000; // milliseconds
+constexpr int busySpriteSize = 20; // pixels
+constexpr int busySpriteRate = 12; // frames per second
+
+} // namespace
+
+MainWindow::MainWindow(QWidget* parent)
+    : AdvancedWindow(QStringLiteral("MainWindow"), parent)
+    , m_ui(std::make_unique<Ui::MainWindow>())
+    , m_settings(new Settings(QStringLiteral("MainWindow"), this))
+    , m_dataFolder(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation))
+    , m_rulesFilePath(QDir(m_dataFolder).filePath(QStringLiteral("LibraryEvaluationRules.txt")))
+    , m_openTableMenu(new QMenu(this))
+    , m_recordMenu(new QMenu(this))
+{
+    buildInterface();
+    buildRecordMenu();
+    setUpBusySprite();
+    setUpState();
+    createDatabase();
+    openDatabase();
+    connectDatabase();
+    connectView();
+    m_ui->metaDataView->setDatabase(database(), m_ui->metaDataView->tableId());
+    updateWindowTitle();
+    updateOpenTableMenu();
+    updateRowCountersLabel();
+    connectStateSaving();
+    connect(this, &AdvancedWindow::showed, this, &MainWindow::showWarrantyDisclaimerDialog);
+}
+
+MainWindow::~MainWindow()
+{
+    endSession();
+}
+
+Database* MainWindow::database() const
+{
+    return m_session->database();
+}
+
+bool MainWindow::isDatabaseOpened() const
+{
+    return database()->isOpened();
+}
+
+QSize MainWindow::preferredSize() const
+{
+    constexpr QSize initialSize(1263, 444);
+    return initialSize.expandedTo(minimumSizeHint());
+}
+
+void MainWindow::buildInterface()
+{
+    m_ui->setupUi(this);
+    m_ui->fileMenu->insertSeparator(m_ui->quitAction);
+    m_ui->openTableAction->setMenu(m_openTableMenu);
+    m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
+    connect(m_ui->quitAction, &QAction::triggered, this, &QWidget::close);
+    connect(m_ui->scanFilesButton, &QPushButton::clicked, m_ui->scanFilesAction, &QAction::trigger);
+    connect(m_ui->filePathLookupAction, &QAction::toggled, m_ui->metaDataView, &MetaDataView::setFilePathLookupEnabled);
+    m_ui->lookupEdit->setFocus();
+    setPreparedCentralWidget(takeCentralWidget());
+}
+
+void MainWindow::buildRecordMenu()
+{
+    const auto addAction = [this](const QString& text) {
+        QAction* action = m_recordMenu->addAction(text);
+        // Its command does not exist yet.
+        action->setEnabled(false);
+        return action;
+    };
+    addAction(tr("Show Info…"));
+    addAction(tr("Reveal In %1").arg(tr("Explorer")));
+    addAction(tr("Copy To Work Folder"))->setShortcut(QKeySequence(Qt::SHIFT + Qt::Key_C));
+    addAction(tr("Add to Playlist"));
+    addAction(tr("Remove from Playlist"));
+    m_recordMenu->addSeparator();
+    addAction(tr("Delete Selected"));
+}
+
+void MainWindow::setUpBusySprite()
+{
+    m_ui->progressIconWidget->setAnimatedPixmap(
+        QPixmap(QStringLiteral(":/Resources/Preloader.png")), busySpriteSize, busySpriteSize, busySpriteRate);
+    m_ui->progressIconWidget->setPictureVisible(false);
+}
+
+void MainWindow::setUpState()
+{
+    m_stateSaveTimer.setSingleShot(true);
+    m_stateSaveTimer.setInterval(stateSaveDelay);
+    m_requeryTimer.setSingleShot(true);
+    m_requeryTimer.setInterval(requeryDelay);
+    connect(&m_requeryTimer, &QTimer::timeout, this, &MainWindow::requery);
+    restoreWindowState();
+}
+
+void MainWindow::createDatabase()
+{
+    QDir(m_dataFolder).mkpath(QStringLiteral("."));
+    m_session = std::make_unique<DatabaseSession>(QDir(m_dataFolder).filePath(QStringLiteral("VellumcastDB.dat")));
+}
+
+void MainWindow::openDatabase()
+{
+    while (!database()->open()) {
+        qCritical().noquote() << database()->lastError();
+        if (!askToReinitialiseDatabase())
+            return;
+        if (!moveDatabaseToBackup(database()->databaseFilePath())) {
+            QMessageBox box(QMessageBox::Critical, tr("Database Error"),
+                tr("Unable to move the existing database file into the folder \"Backup\". Nothing was changed."),
+                QMessageBox::Ok, this);
+            box.setTextFormat(Qt::PlainText);
+            box.exec();
+            return;
+        }
+    }
+}
+
+bool MainWindow::askToReinitialiseDatabase()
+{
+    QMessageBox box(QMessageBox::Critical, tr("Database Error"),
+        tr("Unable to open existing database file.\nDo you want to re-initialize database?"),
+        QMessageBox::Yes | QMessageBox::No, this);
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(tr("This operation will create new empty database file and all your previously entered "
+                              "information will be erased.\n\nIf you have created a backup of your database please "
+                              "restore it after completing this operation, otherwise you will have to re-scan your "
+                              "files."));
+    box.setDefaultButton(QMessageBox::No);
+    return box.exec() == QMessageBox::Yes;
+}
+
+void MainWindow::connectDatabase()
+{
+    connect(database(), &Database::tableDisplayNamesChanged, this, &MainWindow::updateWindowTitle);
+    connect(database(), &Database::tableDisplayNamesChanged, this, &MainWindow::updateOpenTableMenu);
+}
+
+void MainWindow::connectView()
+{
+    MetaDataView* view = m_ui->metaDataView;
+    view->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(m_ui->lookupEdit, &QLineEdit::textChanged, view, [view](const QString& text) { view->setLookup(text); });
+    connect(m_ui->lookupEdit, &QLineEdit::returnPressed, this, &MainWindow::lookup);
+    connect(view, &MetaDataView::scanRequested, this, &MainWindow::scan);
+    connect(view, &MetaDataView::processingStarted, m_ui->progressIconWidget, &PixmapWidget::showPictureDelayed);
+    connect(view, &MetaDataView::processingFinished, m_ui->progressIconWidget, &PixmapWidget::hidePictureDelayed);
+    connect(view, &MetaDataView::processingFinished, this, &MainWindow::restoreSavedRow);
+    connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateRowCountersLabel);
+    connect(view, &MetaDataView::tableChaged, this, &MainWindow::updateWindowTitle);
+    connect(view, &QWidget::customContextMenuRequested, this,
+        [this, view](const QPoint& point) { m_recordMenu->popup(view->viewport()->mapToGlobal(point)); });
+    connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::updateRowCountersLabel);
+}
+
+void MainWindow::connectStateSaving()
+{
+    // Restoring may have started it.
+    m_stateSaveTimer.stop();
+    connect(&m_stateSaveTimer, &QTimer::timeout, this, &MainWindow::saveWindowState);
+    const auto saveLater = [this] {
+        m_stateSaveTimer.start();
+    };
+    connect(m_ui->autoPlayButton, &QPushButton::toggled, this, saveLater);
+    connect(m_ui->filePathLookupAction, &QAction::toggled, this, saveLater);
+    // A session's end quits without closing the window.
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &MainWindow::saveWindowState);
+}
+
+void MainWindow::showWarrantyDisclaimerDialog()
+{
+    Settings settings(QStringLiteral("WarrantyDisclaimer"));
+    const QString key = QStringLiteral("accepted");
+    if (settings.value(key, false).toBool())
+        return;
+    WarrantyDisclaimerDialog dialog(this);
+    if (dialog.exec() == QDialog::Accepted)
+        settings.setValue(key, true);
+    else
+        QCoreApplication::quit();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    saveWindowState();
+    endSession();
+    AdvancedWindow::closeEvent(event);
+}
+
+void MainWindow::endSession()
+{
+    if (!m_session || !m_session->isRunning())
+        return;
+    // First the reader, then the store: nobody asks a closed store for a page.
+    m_ui->metaDataView->setDatabase(nullptr, m_ui->metaDataView->tableId());
+    m_session->end();
+}

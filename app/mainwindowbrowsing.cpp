@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// Views, lookup, counters, the title, the tables, and the row to return to.
+#include "app/mainwindow.h"
+
+#include "ui_mainwindow.h"
+
+#include "browse/metadatamodel.h"
+#include "store/database.h"
+#include "store/operationreply.h"
+
+#include <QMenu>
+
+namespace {
+
+const char tableIdProperty[] = "tableId";
+constexpr int tablesCount = 15;
+
+} // namespace
+
+void MainWindow::on_viewAllButton_clicked()
+{
+    m_ui->metaDataView->setFilters(false, false);
+}
+
+void MainWindow::on_viewLastScannedButton_clicked()
+{
+    m_ui->metaDataView->setFilters(true, false);
+}
+
+void MainWindow::on_viewPlaylistButton_clicked()
+{
+    m_ui->metaDataView->setFilters(false, true);
+}
+
+void MainWindow::lookup()
+{
+    m_ui->metaDataView->setLookup(m_ui->lookupEdit->text(), true);
+}
+
+void MainWindow::updateWindowTitle()
+{
+    // The database is created after the view has its table.
+    if (m_session)
+        setWindowTitle(tr("Vellumcast - %1").arg(database()->tableDisplayName(m_ui->metaDataView->tableId())));
+}
+
+void MainWindow::updateRowCountersLabel()
+{
+    const int rows = m_ui->metaDataView->metaDataModel()->rowsCount();
+    const int selectedRows = m_ui->metaDataView->selectedRowsCount();
+    QString text;
+    if (rows >= 0)
+        text = tr("Found Records: %1").arg(rows);
+    if (rows >= 0 && selectedRows > 0 && selectedRows != rows)
+        text += tr(" (%1 selected)").arg(selectedRows);
+    m_ui->rowCountersLabel->setText(text);
+}
+
+void MainWindow::updateOpenTableMenu()
+{
+    m_openTableMenu->clear();
+    for (int tableId = 1; tableId <= tablesCount; ++tableId) {
+        QString name = database()->tableDisplayName(tableId);
+        QAction* action = m_openTableMenu->addAction(name.replace(QLatin1String("&"), QLatin1String("&&")));
+        action->setProperty(tableIdProperty, tableId);
+        connect(action, &QAction::triggered, this, &MainWindow::handleOpenTableAction);
+    }
+}
+
+void MainWindow::handleOpenTableAction()
+{
+    m_ui->metaDataView->setTableId(sender()->property(tableIdProperty).toInt());
+    m_stateSaveTimer.start();
+}
+
+void MainWindow::requery()
+{
+    m_ui->metaDataView->requery();
+}
+
+void MainWindow::requeryLater()
+{
+    m_requeryTimer.start();
+}
+
+void MainWindow::restoreSavedRow()
+{
+    if (m_savedRow <= 0)
+        return;
+    OperationReply* reply = m_ui->metaDataView->metaDataModel()->lookupRow(m_savedRow);
+    m_savedRow = 0;
+    if (reply)
+        connect(reply, &OperationReply::finished, this, &MainWindow::finalizeRowLookup);
+}
+
+void MainWindow::finalizeRowLookup()
+{
+    auto* reply = qobject_cast<OperationReply*>(sender());
+    reply->deleteLater();
+    if (reply->hasError())
+        return;
+    MetaDataView* view = m_ui->metaDataView;
+    const QModelIndex index = view->model()->index(reply->result(QStringLiteral("row")).toInt(), 0);
+    view->setCurrentIndex(index);
+    if (!view->viewport()->rect().intersects(view->visualRect(index)))
+        view->scrollTo(index);
+}

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The command that brings sound files into the catalogue.
+#include "app/mainwindow.h"
+
+#include "ui_mainwindow.h"
+
+#include "app/commandguard.h"
+#include "store/database.h"
+#include "store/operationreply.h"
+#include "ui/operationdialog.h"
+#include "ui/settings.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+
+namespace {
+
+const char rulesTemplatePath[] = ":/Resources/LibraryEvaluationRules.txt";
+
+QString scanDialogGroup()
+{
+    return QStringLiteral("ScanDialog");
+}
+
+// The operation is still under way when the application quits below a dialog: its reply must outlive it.
+void releaseReply(OperationReply* reply)
+{
+    if (reply->isFinishedDelivered()) {
+        reply->deleteLater();
+    } else {
+        reply->cancel();
+        QObject::connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
+    }
+}
+
+} // namespace
+
+QString MainWindow::libraryEvaluationRules() const
+{
+    QFile file(QFile::exists(m_rulesFilePath) ? m_rulesFilePath : QLatin1String(rulesTemplatePath));
+    if (!file.open(QIODevice::ReadOnly))
+        qCritical("Unable to read library evaluation rules: %s", qUtf8Printable(file.fileName()));
+    QString rules = QString::fromUtf8(file.readAll());
+    if (rules.startsWith(QChar(QChar::ByteOrderMark)))
+        rules.remove(0, 1);
+    return rules;
+}
+
+QString MainWindow::chooseFolderToScan()
+{
+    Settings settings(scanDialogGroup());
+    const QString key = QStringLiteral("lookupDirectory");
+    QFileDialog chooser(this, tr("Scan Media Files"), settings.value(key, QDir::homePath()).toString());
+    chooser.setFileMode(QFileDialog::Directory);
+    chooser.setOption(QFileDialog::ShowDirsOnly);
+    chooser.setOption(QFileDialog::ReadOnly);
+    if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty())
+        return {};
+    const QString folder = chooser.selectedFiles().first();
+    settings.setValue(key, QFileInfo(folder).dir().path());
+    return folder;
+}
+
+void MainWindow::on_scanFilesAction_triggered()
+{
+    const QString folder = chooseFolderToScan();
+    if (!folder.isEmpty())
+        scan({ folder });
+}
+
+void MainWindow::scan(const QStringList& paths)
+{
+    const CommandGuard guard(m_isCommandRunning);
+    if (!guard.isEntered())
+        return;
+    OperationReply* reply = database()->scan(m_ui->metaDataView->tableId(), paths, libraryEvaluationRules());
+    Settings settings(scanDialogGroup());
+    const QString key = QStringLiteral("showLastScannedOnly");
+    OperationDialog dialog(this);
+    dialog.setWindowTitle(tr("Scanning Media Files"));
+    dialog.setWaitText(tr("Listing files..."));
+    dialog.setProgressFormat(tr("Files scanned: %v of %m"));
+    dialog.setCloseOnSuccess(false);
+    dialog.setOptionText(tr("Show only last scanned files after completion"));
+    dialog.setOptionChecked(settings.value(key, true).toBool());
+    const bool isAccepted = dialog.exec(reply) == QDialog::Accepted;
+    releaseReply(reply);
+    if (isAccepted)
+        settings.setValue(key, dialog.isOptionChecked());
+    showScanOutcome(isAccepted && dialog.isOptionChecked());
+}
+
+void MainWindow::showScanOutcome(bool showLastScannedOnly)
+{
+    if (showLastScannedOnly && !m_ui->viewLastScannedButton->isChecked())
+        m_ui->viewLastScannedButton->click();
+    else
+        m_ui->metaDataView->requery();
+}

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QObject>
+
+/// Makes sure that the program runs once: whoever holds the name answers the connection attempt of the next start.
+///
+/// Nothing is sent over the connection. The name is a socket in the temporary folder.
+/// Owner: the start-up code, for the whole run. Thread: GUI.
+class SingleInstance : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit SingleInstance(QObject* parent = nullptr);
+
+    /// Claims the name; false, with a critical log line, when another instance holds it or it cannot be claimed.
+    /// Waits for another instance at most 500 ms.
+    bool claim(const QString& name);
+
+private:
+    void dropConnections();
+
+    QLocalServer m_server;
+    QLocalSocket m_socket;
+};
