@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int saveDelay = 300; // milliseconds
+constexpr int announceDelay = 1000; // milliseconds
 
 QScreen* screenOf(const QWidget* widget)
 {
@@ -28,6 +29,9 @@ AdvancedWindow::AdvancedWindow(const QString& settingsGroup, QWidget* parent)
     m_saveTimer.setSingleShot(true);
     m_saveTimer.setInterval(saveDelay);
     connect(&m_saveTimer, &QTimer::timeout, this, &AdvancedWindow::saveGeometry);
+    m_announceTimer.setSingleShot(true);
+    m_announceTimer.setInterval(announceDelay);
+    connect(&m_announceTimer, &QTimer::timeout, this, &AdvancedWindow::announceShowed);
 }
 
 AdvancedWindow::~AdvancedWindow() = default;
@@ -82,6 +86,24 @@ void AdvancedWindow::configureWindow()
     }
     raise();
     activateWindow();
+    // A window manager may keep the window from being activated; it is on the screen all the same.
+    m_announceTimer.start();
+}
+
+bool AdvancedWindow::event(QEvent* event)
+{
+    // Once it is active the window manager has placed it: a dialog opened now is centred on where it really is.
+    if (event->type() == QEvent::WindowActivate && m_isConfigured)
+        announceShowed();
+    return QMainWindow::event(event);
+}
+
+void AdvancedWindow::announceShowed()
+{
+    m_announceTimer.stop();
+    if (m_isAnnounced)
+        return;
+    m_isAnnounced = true;
     QMetaObject::invokeMethod(this, &AdvancedWindow::showed, Qt::QueuedConnection);
 }
 

@@ -27,7 +27,7 @@ public:
     bool restoreGeometry();
 
 signals:
-    /// The window has appeared for the first time (queued).
+    /// The window has appeared for the first time and the window manager has placed it (queued).
     void showed();
 
 public slots:
@@ -39,6 +39,7 @@ protected:
     void setPreparedCentralWidget(QWidget* widget);
     /// Size of a window that was never shown on this screen size; it is centred.
     virtual QSize preferredSize() const;
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
@@ -47,12 +48,15 @@ private slots:
     void configureWindow();
 
 private:
+    void announceShowed();
     QString screenSuffix() const;
     void applyPreferredGeometry();
     void moveOntoScreen();
 
     Settings* m_settings = nullptr;
     QTimer m_saveTimer;
+    QTimer m_announceTimer;
     QWidget* m_preparedCentralWidget = nullptr;
     bool m_isConfigured = false;
+    bool m_isAnnounced = false;
 };

@@ -33,6 +33,8 @@ OperationDialog::OperationDialog(QWidget* parent)
 {
     m_ui->setupUi(this);
     m_button = m_ui->buttonBox->button(QDialogButtonBox::Cancel);
+    // The style's picture for Cancel would stay when the button reads "Finish".
+    m_button->setIcon(QIcon());
     m_button->setMinimumWidth(m_button->sizeHint().width());
     m_ui->warningsConsole->hide();
     m_ui->optionCheckBox->hide();

@@ -11,6 +11,13 @@ namespace {
 
 constexpr double documentMargin = 9;
 
+// The style's picture goes with the standard text only.
+void relabel(QPushButton* button, const QString& text)
+{
+    button->setText(text);
+    button->setIcon(QIcon());
+}
+
 }
 
 WarrantyDisclaimerDialog::WarrantyDisclaimerDialog(QWidget* parent)
@@ -20,8 +27,8 @@ WarrantyDisclaimerDialog::WarrantyDisclaimerDialog(QWidget* parent)
     form.setupUi(this);
     form.disclaimerView->setSource(QUrl(QStringLiteral("qrc:/Resources/WarrantyDisclaimer.html")));
     form.disclaimerView->document()->setDocumentMargin(documentMargin);
-    form.buttonBox->button(QDialogButtonBox::Ok)->setText(tr("Accept"));
-    form.buttonBox->button(QDialogButtonBox::Cancel)->setText(tr("Reject"));
+    relabel(form.buttonBox->button(QDialogButtonBox::Ok), tr("Accept"));
+    relabel(form.buttonBox->button(QDialogButtonBox::Cancel), tr("Reject"));
     connect(form.buttonBox, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(form.buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
     setFixedSize(sizeHint());

@@ -129,10 +129,10 @@ class Program:
                 yield from self._below(child, depth + 1)
 
     def look_for(self, role, name):
-        """A visible object of this role whose name matches the pattern, or None."""
+        """A visible object whose role and name match these patterns, or None."""
         try:
             for accessible in self.objects():
-                if (accessible.getRoleName() == role and re.fullmatch(name, accessible.name or "")
+                if (re.fullmatch(role, accessible.getRoleName()) and re.fullmatch(name, accessible.name or "")
                         and accessible.getState().contains(pyatspi.STATE_SHOWING)):
                     return Widget(accessible)
         except Exception as error:  # objects vanish while they are walked: look again

@@ -64,8 +64,7 @@ def check_scanned(program, status):
         raise AssertionError("no warnings in the status of a scan with damaged files: " + status)
     program.wait_for_label("Found Records: %d" % count)
     check("one time stamp", rows("SELECT COUNT(DISTINCT scanTimestamp) FROM MetaData1"), [(1,)])
-    check("\"Last Scanned\" chosen by the scan", program.find("push button|toggle button|radio button|check box",
-                                                              "Last Scanned").is_checked(), True)
+    check("\"Last Scanned\" chosen by the scan", program.find("radio button", "Last Scanned").is_checked(), True)
     return count
 
 
@@ -76,7 +75,7 @@ def check_order(program, column, field, direction):
 
 
 def check_sorting(program):
-    header = program.find("table column header|column header", "File Name.*")
+    header = program.find("table column header", "File Name.*")
     header.click()
     check_order(program, "File Name", "fileName", "ASC")
     header.click()
