@@ -13,6 +13,7 @@ import time
 import pyatspi
 
 PATIENCE = 40.0
+DOUBLE_CLICK = 0.6  # seconds
 LISTED_CHILDREN = 80  # a table of many rows must not be walked cell by cell
 
 
@@ -33,7 +34,14 @@ def xdotool(*arguments):
     return done.stdout.strip()
 
 
+last_click = 0.0
+
+
 def move_and_click(x, y, button=1, repeat=1):
+    global last_click
+    # Two clicks in quick succession would be taken for a double click.
+    time.sleep(max(0.0, last_click + DOUBLE_CLICK - time.monotonic()))
+    last_click = time.monotonic()
     xdotool("mousemove", x, y)
     xdotool("click", "--repeat", repeat, "--delay", 80, button)
 
