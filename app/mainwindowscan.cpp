@@ -58,7 +58,7 @@ QString MainWindow::chooseFolderToScan()
     chooser.setOption(QFileDialog::ReadOnly);
     if (chooser.exec() != QDialog::Accepted || chooser.selectedFiles().isEmpty())
         return {};
-    const QString folder = chooser.selectedFiles().first();
+    QString folder = chooser.selectedFiles().first();
     settings.setValue(key, QFileInfo(folder).dir().path());
     return folder;
 }

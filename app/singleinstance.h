@@ -23,6 +23,7 @@ public:
 private:
     void dropConnections();
 
-    QLocalServer m_server;
+    // The server goes first.
     QLocalSocket m_socket;
+    QLocalServer m_server;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/mediainput.h"
 
+#include "audio/inputfile.h"
+
 #include <QChar>
 #include <QFile>
 #include <QFileInfo>
@@ -17,17 +19,10 @@ extern "C" {
 
 namespace {
 
-// FFmpeg asks once for each block of 32 KiB that it reads and once for each packet; an honest file is opened with a few
-// hundred of these, a long MP3 without a table of contents with some thousand.
-constexpr int callsUntilOpened = 16384;
-
-int errorOfUnsuitableFile(const QString& path)
+// What a file holds is in that file: neither another one nor the network is opened on its behalf.
+int refuseOtherFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**)
 {
-    const QFileInfo info(path);
-    if (info.isDir())
-        return AVERROR(EISDIR);
-    // Opening a pipe would wait for a writer, reading a device might never end.
-    return info.exists() && !info.isFile() ? AVERROR(EINVAL) : 0;
+    return AVERROR(EPERM);
 }
 
 QString decodedText(const char* text)
@@ -37,12 +32,6 @@ QString decodedText(const char* text)
 
 } // namespace
 
-struct MediaInput::ReadBudget
-{
-    int callsLeft = callsUntilOpened;
-    bool isLifted = false;
-};
-
 MediaInput::MediaInput() = default;
 MediaInput::~MediaInput() = default;
 MediaInput::MediaInput(MediaInput&& other) noexcept = default;
@@ -51,10 +40,10 @@ MediaInput& MediaInput::operator=(MediaInput&& other) noexcept
 {
     if (this == &other)
         return *this;
-    // The old context goes before the budget that it calls back into.
+    // The old context goes before the file that it reads from.
     m_codec = std::move(other.m_codec);
     m_format = std::move(other.m_format);
-    m_budget = std::move(other.m_budget);
+    m_file = std::move(other.m_file);
     m_streamIndex = other.m_streamIndex;
     m_failure = other.m_failure;
     m_errorText = other.m_errorText;
@@ -71,7 +60,7 @@ bool MediaInput::open(const QString& path)
         close();
         return false;
     }
-    m_budget->isLifted = true;
+    m_file->liftLimit();
     return true;
 }
 
@@ -79,7 +68,7 @@ void MediaInput::close()
 {
     m_codec.reset();
     m_format.reset();
-    m_budget.reset();
+    m_file.reset();
     m_streamIndex = -1;
 }
 
@@ -90,13 +79,14 @@ bool MediaInput::isOpen() const
 
 bool MediaInput::openFile(const QString& path)
 {
-    if (const int errorCode = errorOfUnsuitableFile(path); errorCode < 0)
-        return fail(Failure::OpenInput, errorCode);
-    m_budget = std::make_unique<ReadBudget>();
+    m_file = std::make_unique<InputFile>();
+    if (const int result = m_file->open(path); result < 0)
+        return fail(Failure::OpenInput, result);
     AVFormatContext* context = avformat_alloc_context();
     if (!context)
         return fail(Failure::OpenInput, AVERROR(ENOMEM));
-    context->interrupt_callback = { &MediaInput::isExhausted, m_budget.get() };
+    context->pb = m_file->context();
+    context->io_open = &refuseOtherFile;
     const AVInputFormat* format = inputFormatForSuffix(QFileInfo(path).suffix());
     // On failure the call frees the context that it was given.
     const int result = avformat_open_input(&context, QFile::encodeName(path).constData(), format, nullptr);
@@ -142,16 +132,6 @@ bool MediaInput::fail(Failure failure, int errorCode)
     m_failure = failure;
     m_errorText = errorCode < 0 ? ffmpegErrorText(errorCode) : QString();
     return false;
-}
-
-int MediaInput::isExhausted(void* budget)
-{
-    auto* readBudget = static_cast<ReadBudget*>(budget);
-    if (readBudget->isLifted)
-        return 0;
-    if (readBudget->callsLeft > 0)
-        --readBudget->callsLeft;
-    return readBudget->callsLeft == 0 ? 1 : 0;
 }
 
 QString MediaInput::formatName() const

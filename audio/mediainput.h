@@ -7,13 +7,14 @@
 #include <QString>
 #include <QVector>
 
+class InputFile;
 struct AVStream;
 
 /// One media file opened with FFmpeg: its first audio stream and an opened decoder for it.
 ///
 /// The input format is forced by the file's suffix where the suffix is one of the catalogue's own (see
-/// `inputFormatForSuffix()`). Only regular files are opened, and what may be read until the decoder stands is bounded,
-/// so that neither a pipe without a writer nor a file of endless empty chunks can hold the caller up.
+/// `inputFormatForSuffix()`). Only regular files are opened, no other file is opened on their behalf, and what may be
+/// read until the decoder stands is bounded; see audio/inputfile.h.
 ///
 /// Owner: whoever reads the file. Thread: one at a time; different inputs may be used on different threads at once.
 class MediaInput final
@@ -64,16 +65,13 @@ public:
     const AVStream* stream() const;
 
 private:
-    struct ReadBudget;
-
     bool openFile(const QString& path);
     bool findAudioStream();
     bool openDecoder();
     bool fail(Failure failure, int errorCode = 0);
-    static int isExhausted(void* budget);
 
-    // Declared before the context that calls back into it.
-    std::unique_ptr<ReadBudget> m_budget;
+    // Declared before the context that reads from it.
+    std::unique_ptr<InputFile> m_file;
     FormatContextPointer m_format;
     CodecContextPointer m_codec;
     int m_streamIndex = -1;

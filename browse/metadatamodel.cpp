@@ -159,6 +159,11 @@ MetaData MetaDataModel::recordAt(int row) const
     return m_cache.record(row);
 }
 
+bool MetaDataModel::isRequeryPending() const
+{
+    return m_database && m_answeredGeneration != m_generation;
+}
+
 bool MetaDataModel::isRowFresh(int row) const
 {
     const int page = row / PageCache::pageSize;

@@ -83,9 +83,11 @@ public:
     bool isRowsCountActual() const { return m_isRowsCountActual; }
     /// True while a page or a count is being asked of the store.
     bool isProcessing() const { return m_pendingRequests > 0 || m_isCountPending; }
+    /// True from a requery until its first page has arrived or failed.
+    bool isRequeryPending() const;
     /// The parameters of the current view for the store: filters and lookup, and the order.
     QVariantMap queryParameters() const;
-    /// True when the row's record is from the current query and may be acted on.
+    /// False when the row's record is not cached, or stale since a requery: then it must not be acted on.
     bool isRowFresh(int row) const;
 
     /// Collects one field of the rows of these indexes; result "items" is a `QVariantList` in no fixed order. The
@@ -108,7 +110,7 @@ public:
 signals:
     /// The count is known, or no longer.
     void actualRowsCountChanged();
-    /// The first request of a burst went out.
+    /// The first request of a burst went out. Alternates with `processingFinished()`.
     void processingStarted();
     /// The last request under way was answered (queued).
     void processingFinished();
@@ -144,6 +146,7 @@ private:
     void applyPage(int page, const MetaDataList& items);
     void emitRowsChanged(int page, int items);
     void requestFinished();
+    void announceProcessingFinished();
     void showOtherTable();
 
     QPointer<Database> m_database;
@@ -152,7 +155,9 @@ private:
     bool m_isRowsCountActual = false;
     bool m_isCountPending = false;
     bool m_isCountWanted = false;
+    // Of the query that is asked for, and of the one whose first page came last.
     int m_generation = 0;
+    int m_answeredGeneration = 0;
 
     bool m_lastScannedOnly = false;
     bool m_playlistOnly = false;
@@ -167,6 +172,7 @@ private:
     mutable QVector<int> m_requestQueue;
     QVector<int> m_pendingPages;
     int m_pendingRequests = 0;
+    bool m_isProcessingAnnounced = false;
     mutable QTimer m_requestTimer;
     mutable QTimer m_cleanTimer;
     std::vector<std::unique_ptr<FieldsCollection>> m_collections;

@@ -27,10 +27,10 @@ OperationReply* selfDeleting(OperationReply* reply)
 
 void MetaDataModel::requery()
 {
-    if (!m_database)
-        return;
+    // Also without a store: what is still under way was asked of another one.
     ++m_generation;
-    requestPage(-1);
+    if (m_database)
+        requestPage(-1);
 }
 
 void MetaDataModel::schedulePageRequest(int page) const
@@ -72,8 +72,11 @@ void MetaDataModel::requestPage(int page)
     if (!isInitial && m_pendingPages.contains(shownPage))
         return;
     m_pendingPages.append(shownPage);
-    if (++m_pendingRequests == 1)
+    ++m_pendingRequests;
+    if (!m_isProcessingAnnounced) {
+        m_isProcessingAnnounced = true;
         emit processingStarted();
+    }
 
     QVariantMap parameters = queryParameters();
     parameters.insert(QStringLiteral("offset"), shownPage * PageCache::pageSize);
@@ -93,12 +96,15 @@ void MetaDataModel::handleModelPageReply()
     requestFinished();
     if (reply->property(generationProperty).toInt() != m_generation)
         return;
+    const bool isInitial = reply->property(initialProperty).toBool();
+    if (isInitial)
+        m_answeredGeneration = m_generation;
     if (reply->hasError()) {
         qCritical().noquote() << "Page request failed:" << reply->errorString();
         return;
     }
     const auto items = reply->result(QStringLiteral("items")).value<MetaDataList>();
-    if (reply->property(initialProperty).toBool())
+    if (isInitial)
         applyInitialPage(page, items);
     else
         applyPage(page, items);
@@ -109,7 +115,16 @@ void MetaDataModel::requestFinished()
     if (--m_pendingRequests > 0)
         return;
     m_cleanTimer.start();
-    QMetaObject::invokeMethod(this, &MetaDataModel::processingFinished, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, &MetaDataModel::announceProcessingFinished, Qt::QueuedConnection);
+}
+
+void MetaDataModel::announceProcessingFinished()
+{
+    // A new request may have gone out since this was queued; its end is announced instead.
+    if (m_pendingRequests > 0 || !m_isProcessingAnnounced)
+        return;
+    m_isProcessingAnnounced = false;
+    emit processingFinished();
 }
 
 void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
@@ -227,17 +242,18 @@ void MetaDataModel::requestNextCollectionPage(FieldsCollection& collection)
         return;
     }
     OperationReply* page = selfDeleting(m_database->pullMetaData(m_tableId, collection.takeNextPageParameters()));
-    page->setProperty(contextProperty, QVariant::fromValue<QObject*>(reply));
+    // Guarded: the caller may delete the reply at any time, and another one may then have its address.
+    page->setProperty(contextProperty, QVariant::fromValue(QPointer<OperationReply>(reply)));
     connect(page, &OperationReply::finished, this, &MetaDataModel::handleFieldsCollectionPageReply);
 }
 
 void MetaDataModel::handleFieldsCollectionPageReply()
 {
     const auto* page = qobject_cast<OperationReply*>(sender());
-    const auto* reply = page->property(contextProperty).value<QObject*>();
+    const auto reply = page->property(contextProperty).value<QPointer<OperationReply>>();
     const auto collection = std::find_if(m_collections.begin(), m_collections.end(),
-        [reply](const auto& candidate) { return candidate->reply() == reply; });
-    if (collection == m_collections.end())
+        [&reply](const auto& candidate) { return candidate->reply() == reply; });
+    if (!reply || collection == m_collections.end())
         return;
     FieldsCollection& current = **collection;
     // Values of an older query stand on other rows than the user sees.

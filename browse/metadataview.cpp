@@ -64,6 +64,11 @@ void MetaDataView::connectModel()
         m_model, &MetaDataModel::rangeVisibilityCheck, this, &MetaDataView::checkRangeVisibility, Qt::DirectConnection);
     // Queued: the view itself must have handled the reset first.
     connect(m_model, &QAbstractItemModel::modelReset, this, &MetaDataView::restoreSavedSelection, Qt::QueuedConnection);
+    // Queued too: after the restoring that the same answer has queued before.
+    connect(m_model, &MetaDataModel::actualRowsCountChanged, this, &MetaDataView::forgetSavedSelection,
+        Qt::QueuedConnection);
+    connect(
+        m_model, &MetaDataModel::processingFinished, this, &MetaDataView::forgetSavedSelection, Qt::QueuedConnection);
     connect(m_model, &MetaDataModel::requeried, this, &MetaDataView::handleRequeried);
     connect(m_model, &MetaDataModel::requeried, this, &MetaDataView::requeried);
     connect(m_model, &MetaDataModel::processingStarted, this, &MetaDataView::processingStarted);
@@ -178,8 +183,13 @@ void MetaDataView::restoreSavedSelection()
     }
     if (!selection.isEmpty())
         selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    // While the count is not final another reset follows and would take the selection away again.
-    if (!m_model->isRowsCountActual())
+    forgetSavedSelection();
+}
+
+void MetaDataView::forgetSavedSelection()
+{
+    // While the count is not final another reset may follow and take the selection away again.
+    if (!m_model->isRowsCountActual() || m_model->isRequeryPending())
         return;
     m_savedRow = -1;
     m_savedColumn = -1;

@@ -76,6 +76,7 @@ protected:
 
 private:
     void connectModel();
+    void forgetSavedSelection();
     void buildColumnsMenu();
     void setUpHeader();
     void setUpColumnWidths();

@@ -2,6 +2,7 @@
 #include "scan/replaceoperation.h"
 
 #include "scan/rowbatches.h"
+#include "scan/transactionstate.h"
 #include "store/metadata.h"
 #include "store/operationreply.h"
 #include "store/recordwriter.h"
@@ -62,7 +63,7 @@ public:
 
 private:
     bool replaceRows();
-    void replaceBatch(const QVector<QSqlRecord>& rows);
+    bool replaceBatch(const QVector<QSqlRecord>& rows);
     MetaDataList changedRecords(const QVector<QSqlRecord>& rows) const;
     QVariantMap changedFields(const QVariantMap& row) const;
     void finish(Transaction& transaction, bool isComplete);
@@ -105,12 +106,15 @@ bool Replace::replaceRows()
             m_error = tr("Unable to select MetaData: %1").arg(m_batches.errorText());
             return false;
         }
-        replaceBatch(rows);
+        // The commit then fails, and says so.
+        if (!replaceBatch(rows) && !isTransactionActive(m_connection))
+            return true;
     }
     return !m_reply->isCanceled();
 }
 
-void Replace::replaceBatch(const QVector<QSqlRecord>& rows)
+// False when records were refused.
+bool Replace::replaceBatch(const QVector<QSqlRecord>& rows)
 {
     const MetaDataList records = changedRecords(rows);
     // Counted before the write: refused records are reported as warnings, not taken off.
@@ -121,6 +125,7 @@ void Replace::replaceBatch(const QVector<QSqlRecord>& rows)
         warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));
     m_reply->setProgress(m_batches.processedCount(), m_batches.rowsCount());
     m_reply->addWarnings(warnings);
+    return warnings.isEmpty();
 }
 
 MetaDataList Replace::changedRecords(const QVector<QSqlRecord>& rows) const

@@ -5,6 +5,7 @@
 #include "scan/medialister.h"
 #include "scan/metadatareader.h"
 #include "scan/pathspellings.h"
+#include "scan/transactionstate.h"
 #include "store/operationreply.h"
 #include "store/recordwriter.h"
 #include "store/transaction.h"
@@ -84,8 +85,8 @@ void Scan::run(const QStringList& paths)
 QStringList Scan::listFiles(const QStringList& paths)
 {
     m_reply->setProgress(0, -1);
-    const QStringList files = listMediaFiles(paths, mediaFileFilters(), [this]() { return m_reply->isCanceled(); });
-    if (files.isEmpty())
+    QStringList files = listMediaFiles(paths, mediaFileFilters(), [this]() { return m_reply->isCanceled(); });
+    if (files.isEmpty() && !m_reply->isCanceled())
         m_reply->cancel();
     return files;
 }
@@ -99,6 +100,9 @@ void Scan::writeFiles(const QStringList& files)
         processed += batch.size();
         m_reply->setProgress(processed, files.size());
         m_reply->addWarnings(warnings);
+        // The commit then fails, and says so.
+        if (!warnings.isEmpty() && !isTransactionActive(m_connection))
+            return;
     }
 }
 

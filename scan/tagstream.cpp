@@ -18,7 +18,7 @@ bool mayBeFrameSize(const TagLib::ByteVector& block, unsigned int offset)
     std::uint64_t synchronised = 0;
     bool hasEscapedByte = false;
     for (unsigned int index = offset; index < offset + 4; ++index) {
-        const auto byte = static_cast<unsigned char>(block[index]);
+        const auto byte = static_cast<unsigned char>(block.at(index));
         plain = plain << 8 | byte;
         synchronised = synchronised << 7 | (byte & 0x7FU);
         hasEscapedByte = hasEscapedByte || byte == 0xFF;
@@ -45,6 +45,7 @@ TagStream::TagStream(const QByteArray& fileName)
     : m_file(fileName.constData(), true)
     , m_readsLeft(largestNumberOfReads)
     , m_bytesLeft(largestNumberOfBytes)
+    , m_length(m_file.isOpen() ? m_file.length() : 0)
 {
 }
 
@@ -72,12 +73,12 @@ long TagStream::tell() const
 
 long TagStream::length()
 {
-    return m_file.length();
+    return m_length;
 }
 
 TagLib::ByteVector TagStream::readBlock(unsigned long length)
 {
-    if (m_readsLeft == 0 || m_bytesLeft == 0)
+    if (isExhausted())
         return {};
     TagLib::ByteVector block = m_file.readBlock(std::min(length, m_bytesLeft));
     --m_readsLeft;
@@ -89,7 +90,9 @@ TagLib::ByteVector TagStream::readBlock(unsigned long length)
 
 void TagStream::seek(long offset, Position position)
 {
-    m_file.seek(offset, position);
+    // TagLib may go on stepping through a large file in small pieces; that no longer costs a call into the system.
+    if (!isExhausted())
+        m_file.seek(offset, position);
 }
 
 void TagStream::clear()

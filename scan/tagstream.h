@@ -37,7 +37,10 @@ public:
     void truncate(long length) override;
 
 private:
+    bool isExhausted() const { return m_readsLeft == 0 || m_bytesLeft == 0; }
+
     TagLib::FileStream m_file;
     int m_readsLeft;
     unsigned long m_bytesLeft;
+    long m_length;
 };

@@ -46,7 +46,7 @@ QByteArray silence(const SoundFiles::Layout& layout)
     return QByteArray(layout.frames * layout.channels * layout.bits / 8, '\0');
 }
 
-}
+} // namespace
 
 namespace SoundFiles {
 
@@ -151,4 +151,4 @@ QByteArray nestedChapters(int depth)
     return frames;
 }
 
-}
+} // namespace SoundFiles

@@ -55,4 +55,4 @@ QByteArray id3Chunk(const QByteArray& frames, bool isBigEndian = false);
 /// A chapter frame that holds a chapter frame, and so on.
 QByteArray nestedChapters(int depth);
 
-}
+} // namespace SoundFiles

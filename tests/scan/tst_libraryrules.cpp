@@ -30,7 +30,7 @@ MetaData recordOf(const QString& filePath, const QString& fileName, const QStrin
     return record;
 }
 
-}
+} // namespace
 
 class LibraryRulesTest : public QObject
 {
@@ -54,16 +54,16 @@ void LibraryRulesTest::linesAreParsed_data()
     QTest::addColumn<QStringList>("names");
     QTest::addColumn<QStringList>("patterns");
     QTest::newRow("empty") << "" << QStringList() << QStringList();
-    QTest::newRow("one rule") << "SFX: ^BOOM_" << QStringList { "SFX" } << QStringList { "^BOOM_" };
-    QTest::newRow("blanks around") << "  My Sounds \t:  a b  " << QStringList { "My Sounds" } << QStringList { "a b" };
-    QTest::newRow("colon in the pattern") << "A: x:y" << QStringList { "A" } << QStringList { "x:y" };
+    QTest::newRow("one rule") << "SFX: ^BOOM_" << QStringList{ "SFX" } << QStringList{ "^BOOM_" };
+    QTest::newRow("blanks around") << "  My Sounds \t:  a b  " << QStringList{ "My Sounds" } << QStringList{ "a b" };
+    QTest::newRow("colon in the pattern") << "A: x:y" << QStringList{ "A" } << QStringList{ "x:y" };
     QTest::newRow("leading colon") << ": x" << QStringList() << QStringList();
     QTest::newRow("no colon") << "just words" << QStringList() << QStringList();
-    QTest::newRow("no comments") << "# A: x" << QStringList { "# A" } << QStringList { "x" };
-    QTest::newRow("blank name") << " : x" << QStringList { "" } << QStringList { "x" };
-    QTest::newRow("blank pattern") << "A:  " << QStringList { "A" } << QStringList { "" };
-    QTest::newRow("order") << "B: 2\n\nA: 1\nB: 3" << QStringList { "B", "A", "B" } << QStringList { "2", "1", "3" };
-    QTest::newRow("byte-order mark") << "\ufeffA: x" << QStringList { "A" } << QStringList { "x" };
+    QTest::newRow("no comments") << "# A: x" << QStringList{ "# A" } << QStringList{ "x" };
+    QTest::newRow("blank name") << " : x" << QStringList{ "" } << QStringList{ "x" };
+    QTest::newRow("blank pattern") << "A:  " << QStringList{ "A" } << QStringList{ "" };
+    QTest::newRow("order") << "B: 2\n\nA: 1\nB: 3" << QStringList{ "B", "A", "B" } << QStringList{ "2", "1", "3" };
+    QTest::newRow("byte-order mark") << "\ufeffA: x" << QStringList{ "A" } << QStringList{ "x" };
 }
 
 void LibraryRulesTest::linesAreParsed()
@@ -95,18 +95,40 @@ void LibraryRulesTest::fileNamesAreEvaluated_data()
     QTest::addColumn<QString>("fileName");
     QTest::addColumn<QString>("library");
     const QString boom = QStringLiteral("SFX: ^BOOM_.*\\.wav$");
-    QTest::newRow("match") << boom << "BOOM_01.wav" << "SFX";
-    QTest::newRow("case counts") << boom << "boom_01.wav" << "";
-    QTest::newRow("anywhere in the name") << "A: 01" << "take01.wav" << "A";
-    QTest::newRow("first rule wins") << "A: 01\nB: \\.wav" << "take01.wav" << "A";
-    QTest::newRow("second rule") << "A: 02\nB: \\.wav" << "take01.wav" << "B";
-    QTest::newRow("white space and digits") << "L: \\sAB01_" << "Rain AB01_22.wav" << "L";
-    QTest::newRow("digit counts") << "L: \\sAB\\d{2,2}-" << "Rain AB012-2.wav" << "";
-    QTest::newRow("two digits") << "L: \\sAB\\d{2,2}-" << "Rain AB01-2.wav" << "L";
-    QTest::newRow("colon in the pattern") << "A: x:y" << "x:y.wav" << "A";
-    QTest::newRow("blank pattern matches every name") << "A:\nB: x" << "x.wav" << "A";
-    QTest::newRow("invalid rule is passed over") << "A: (x\nB: x" << "x.wav" << "B";
-    QTest::newRow("no rules") << "" << "x.wav" << "";
+    QTest::newRow("match") << boom << "BOOM_01.wav"
+                           << "SFX";
+    QTest::newRow("case counts") << boom << "boom_01.wav"
+                                 << "";
+    QTest::newRow("anywhere in the name") << "A: 01"
+                                          << "take01.wav"
+                                          << "A";
+    QTest::newRow("first rule wins") << "A: 01\nB: \\.wav"
+                                     << "take01.wav"
+                                     << "A";
+    QTest::newRow("second rule") << "A: 02\nB: \\.wav"
+                                 << "take01.wav"
+                                 << "B";
+    QTest::newRow("white space and digits") << "L: \\sAB01_"
+                                            << "Rain AB01_22.wav"
+                                            << "L";
+    QTest::newRow("digit counts") << "L: \\sAB\\d{2,2}-"
+                                  << "Rain AB012-2.wav"
+                                  << "";
+    QTest::newRow("two digits") << "L: \\sAB\\d{2,2}-"
+                                << "Rain AB01-2.wav"
+                                << "L";
+    QTest::newRow("colon in the pattern") << "A: x:y"
+                                          << "x:y.wav"
+                                          << "A";
+    QTest::newRow("blank pattern matches every name") << "A:\nB: x"
+                                                      << "x.wav"
+                                                      << "A";
+    QTest::newRow("invalid rule is passed over") << "A: (x\nB: x"
+                                                 << "x.wav"
+                                                 << "B";
+    QTest::newRow("no rules") << ""
+                              << "x.wav"
+                              << "";
 }
 
 void LibraryRulesTest::fileNamesAreEvaluated()
@@ -137,7 +159,7 @@ void LibraryRulesTest::invalidPatternIsKeptAndNeverMatches()
 
 void LibraryRulesTest::recordsGetTheLibraryOfTheirFileName()
 {
-    MetaDataList records { recordOf("/BOOM/a.wav", "a.wav", {}), recordOf("/x/BOOM.wav", "BOOM.wav", "Old") };
+    MetaDataList records{ recordOf("/BOOM/a.wav", "a.wav", {}), recordOf("/x/BOOM.wav", "BOOM.wav", "Old") };
 
     applyLibraryRules(records, parseLibraryRules(QStringLiteral("Booms: BOOM")));
 
@@ -148,7 +170,7 @@ void LibraryRulesTest::recordsGetTheLibraryOfTheirFileName()
 
 void LibraryRulesTest::recordWithoutMatchKeepsItsLibrary()
 {
-    MetaDataList records { recordOf("/x/a.wav", "a.wav", "Mine") };
+    MetaDataList records{ recordOf("/x/a.wav", "a.wav", "Mine") };
 
     applyLibraryRules(records, parseLibraryRules(QStringLiteral("Booms: BOOM")));
 

@@ -88,7 +88,7 @@ QStringList MediaListerTest::sortedList(const QStringList& names) const
 
 void MediaListerTest::onlyTheFourSuffixesAreFound()
 {
-    const QStringList found { "a.wav", "b.mp3", "c.aif", "d.aiff", "e.WAV", "f.Mp3", "g.x.AIFF" };
+    const QStringList found{ "a.wav", "b.mp3", "c.aif", "d.aiff", "e.WAV", "f.Mp3", "g.x.AIFF" };
     for (const QString& name : found)
         touch(name);
     for (const char* name : { "a.txt", "wav", "b.wave", "c.wav.bak", "d.aifc", "e.mp3 " })
@@ -102,7 +102,7 @@ void MediaListerTest::hiddenNamesArePassedOver()
     for (const char* name : { "a.wav", ".b.wav", ".wav", ".hidden/c.wav", "folder/.deeper/d.wav", "..e.wav" })
         touch(QLatin1String(name));
 
-    QCOMPARE(list(), QStringList { "a.wav" });
+    QCOMPARE(list(), QStringList{ "a.wav" });
 }
 
 void MediaListerTest::directlyNamedFileIsTakenWhateverItsSuffix()
@@ -117,7 +117,7 @@ void MediaListerTest::missingPathIsDropped()
 {
     touch(QStringLiteral("a.wav"));
 
-    QCOMPARE(list({ "missing.wav", "a.wav", "missing" }), QStringList { "a.wav" });
+    QCOMPARE(list({ "missing.wav", "a.wav", "missing" }), QStringList{ "a.wav" });
     QCOMPARE(listMediaFiles({ QString() }, mediaFileFilters()), QStringList());
 }
 
@@ -144,7 +144,7 @@ void MediaListerTest::givenPathsAreCleaned()
 
     for (const char* spelling : { "/f", "/f/", "//f//", "/./f", "/f/../f/.", "/f/a.wav", "/f//a.wav" }) {
         QCOMPARE(listMediaFiles({ m_folder->path() + QLatin1String(spelling) }, mediaFileFilters()),
-            QStringList { expected });
+            QStringList{ expected });
     }
 }
 
@@ -157,14 +157,14 @@ void MediaListerTest::relativePathsBecomeAbsolute()
     const QStringList files = listMediaFiles({ QStringLiteral("f") }, mediaFileFilters());
     QVERIFY(QDir::setCurrent(before));
 
-    QCOMPARE(files, QStringList { m_folder->filePath(QStringLiteral("f/a.wav")) });
+    QCOMPARE(files, QStringList{ m_folder->filePath(QStringLiteral("f/a.wav")) });
 }
 
 void MediaListerTest::folderNamedLikeAFileIsEntered()
 {
     touch(QStringLiteral("folder.wav/a.wav"));
 
-    QCOMPARE(list(), QStringList { "folder.wav/a.wav" });
+    QCOMPARE(list(), QStringList{ "folder.wav/a.wav" });
 }
 
 void MediaListerTest::onlyRegularFilesAreListed()
@@ -175,7 +175,7 @@ void MediaListerTest::onlyRegularFilesAreListed()
     link(QStringLiteral("loop.wav"), QStringLiteral("loop.wav"));
     link(QStringLiteral("missing.wav"), QStringLiteral("broken.wav"));
 
-    QCOMPARE(list(), QStringList { "a.wav" });
+    QCOMPARE(list(), QStringList{ "a.wav" });
     QCOMPARE(list({ "pipe.wav", "device.wav", "loop.wav", "broken.wav" }), QStringList());
 }
 
@@ -241,7 +241,7 @@ void MediaListerTest::deepFoldersAreReached()
     const QString name = QStringLiteral("level/").repeated(300) + QStringLiteral("a.wav");
     touch(name);
 
-    QCOMPARE(list(), QStringList { name });
+    QCOMPARE(list(), QStringList{ name });
 }
 
 void MediaListerTest::undecodableNamesAreListed()
@@ -275,7 +275,7 @@ void MediaListerTest::unreadableFolderIsLogged()
     const QStringList files = list();
     QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner));
 
-    QCOMPARE(files, QStringList { "a.wav" });
+    QCOMPARE(files, QStringList{ "a.wav" });
 }
 
 void MediaListerTest::canceledListingStops()
@@ -290,7 +290,9 @@ void MediaListerTest::cancellationIsAskedForInsideALargeFolder()
     for (int number = 0; number < 100; ++number)
         touch(QStringLiteral("%1.txt").arg(number));
     int questions = 0;
-    const auto isCanceled = [&questions]() { return ++questions > 10; };
+    const auto isCanceled = [&questions]() {
+        return ++questions > 10;
+    };
 
     listMediaFiles({ m_folder->path() }, mediaFileFilters(), isCanceled);
 

@@ -20,7 +20,7 @@ namespace {
 
 QVariantMap recordWithoutSound(const QString& path, const QString& fileName, const QString& fileType)
 {
-    MetaData record { QVariantMap() };
+    MetaData record{ QVariantMap() };
     record.setFilePath(path);
     record.setFileName(fileName);
     record.setFileType(fileType);
@@ -34,7 +34,7 @@ QVariantMap withoutError(const MetaData& record)
     return copy.toVariantMap();
 }
 
-}
+} // namespace
 
 class MetaDataReaderTest : public QObject
 {
@@ -88,7 +88,7 @@ void MetaDataReaderTest::init()
 
 QString MetaDataReaderTest::write(const QString& name, const QByteArray& contents)
 {
-    const QString path = m_folder->filePath(name);
+    QString path = m_folder->filePath(name);
     TestSupport::writeFile(path, contents);
     return path;
 }
@@ -256,24 +256,25 @@ void MetaDataReaderTest::descriptionTakesTheFirstSource_data()
     const QByteArray described = id3UserText("description", " as described ");
     const QByteArray noted = id3Comment("   ");
     const QByteArray titled = id3Text("TIT2", "the title");
-    const auto tagged = [](const QByteArray& frames) { return mp3(20, id3Tag(frames)); };
+    const auto tagged = [](const QByteArray& frames) {
+        return mp3(20, id3Tag(frames));
+    };
     const QString mpeg = QStringLiteral("a.mp3");
     const QString wav = QStringLiteral("a.wav");
-    QTest::newRow("tag comment, trimmed") << mpeg << tagged(described + titled + id3Comment("  spoken \t"))
-                                          << "spoken";
+    QTest::newRow("tag comment, trimmed") << mpeg << tagged(described + titled + id3Comment("  spoken \t")) << "spoken";
     QTest::newRow("blank tag comment") << mpeg << tagged(described + noted + titled) << " as described ";
     QTest::newRow("dictionary description") << mpeg << tagged(described + titled) << " as described ";
     // Blanks are a comment to the dictionary, which is not trimmed.
     QTest::newRow("dictionary comment") << mpeg << tagged(noted + titled) << "   ";
-    QTest::newRow("dictionary comment without a tag") << wav << wave({}, infoChunk({ { "ICMT", " noted " } }))
-                                                      << " noted ";
+    QTest::newRow("dictionary comment without a tag")
+        << wav << wave({}, infoChunk({ { "ICMT", " noted " } })) << " noted ";
     QTest::newRow("dictionary title") << mpeg << tagged(titled) << "the title";
-    QTest::newRow("WAVE with only a genre") << wav << wave({}, infoChunk({ { "IGNR", "the genre" } }))
-                                            << "a.wav (No description found)";
+    QTest::newRow("WAVE with only a genre")
+        << wav << wave({}, infoChunk({ { "IGNR", "the genre" } })) << "a.wav (No description found)";
     QTest::newRow("AIFF with only a genre")
         << QStringLiteral("a.aif") << aiff({}, id3Chunk(id3Text("TCON", "the genre"), true)) << "the genre";
-    QTest::newRow("MP3 with only a genre") << QStringLiteral("a.mp3") << mp3(20, id3Tag(id3Text("TCON", "the genre")))
-                                           << "a.mp3 (No description found)";
+    QTest::newRow("MP3 with only a genre")
+        << QStringLiteral("a.mp3") << mp3(20, id3Tag(id3Text("TCON", "the genre"))) << "a.mp3 (No description found)";
     QTest::newRow("nothing") << QStringLiteral("50%1 %2.wav") << wave() << "50%1 %2.wav (No description found)";
 }
 
@@ -301,8 +302,10 @@ void MetaDataReaderTest::originReferenceIsComposed_data()
     const QByteArray encodedBy = id3Text("TENC", "Nobody");
     const QByteArray encoder = id3Text("TSSE", "Encoder 3");
     // FFmpeg drops the ID3 tag of a WAVE file that also has texts of its own.
-    QTest::newRow("all of a WAVE file")
-        << wav << wave({}, id3Chunk(north + volume + id3UserText("originator_reference", "X17"))) << "North Vol2 X17";
+    QTest::newRow("all of a WAVE file") << wav
+                                        << wave({},
+                                               id3Chunk(north + volume + id3UserText("originator_reference", "X17")))
+                                        << "North Vol2 X17";
     QTest::newRow("originator only") << wav << wave({}, broadcast) << "X17";
     QTest::newRow("publisher only") << mpeg << mp3(20, id3Tag(north + encodedBy + encoder)) << "North";
     QTest::newRow("volume without publisher") << mpeg << mp3(20, id3Tag(volume)) << "";
@@ -361,8 +364,8 @@ void MetaDataReaderTest::dictionaryFillsMissingTags()
 void MetaDataReaderTest::yearAndBitrateComeFromTheirOwnKeysOnly()
 {
     const MetaData dated = readMetaData(write(QStringLiteral("a.mp3"), mp3(20, id3Tag(id3Text("TDRC", "1999")))));
-    const MetaData named = readMetaData(write(
-        QStringLiteral("b.mp3"), mp3(20, id3Tag(id3UserText("YEAR", "2001") + id3UserText("BITRATE", "320")))));
+    const MetaData named = readMetaData(
+        write(QStringLiteral("b.mp3"), mp3(20, id3Tag(id3UserText("YEAR", "2001") + id3UserText("BITRATE", "320")))));
 
     QCOMPARE(dated.year(), QString());
     QCOMPARE(dated.bitrate(), QString());
@@ -394,8 +397,7 @@ void MetaDataReaderTest::replacementCharactersAreRemoved()
     // A single byte of Latin-1 is no UTF-8.
     const QString path = write(QStringLiteral("a.wav"), wave({}, broadcastChunk("Caf\xe9 bar", "")));
 
-    QCOMPARE(probeStreamInfo(path).value(QStringLiteral("metadata/comment")).toString(),
-        QStringLiteral("Caf bar"));
+    QCOMPARE(probeStreamInfo(path).value(QStringLiteral("metadata/comment")).toString(), QStringLiteral("Caf bar"));
 }
 
 void MetaDataReaderTest::laterOfTwoEntriesThatDifferInCaseWins()
@@ -494,7 +496,8 @@ void MetaDataReaderTest::endlessChaptersDoNotCrashTheTagReader()
 
 void MetaDataReaderTest::chapterLikeTextStaysAsItIs()
 {
-    const QByteArray frames = id3Text("TIT2", "CHAPTER CTOC CHAP") + id3Comment("CHAP CTOCTOCTOC") + id3Text("TPE1", "X");
+    const QByteArray frames
+        = id3Text("TIT2", "CHAPTER CTOC CHAP") + id3Comment("CHAP CTOCTOCTOC") + id3Text("TPE1", "X");
     const QString mpeg = write(QStringLiteral("a.mp3"), mp3(20, id3Tag(frames)));
 
     const MetaData record = readMetaData(mpeg);

@@ -27,7 +27,7 @@ QVariantList runStatement(const QString& databaseFilePath, const QString& connec
     return values;
 }
 
-}
+} // namespace
 
 void TestSupport::writeFile(const QString& path, const QByteArray& contents)
 {

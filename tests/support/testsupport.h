@@ -17,4 +17,4 @@ QVariantList firstColumn(const QString& databaseFilePath, const QString& stateme
 /// The first value that a statement gives on the SQLite file; invalid when there is no row.
 QVariant firstValue(const QString& databaseFilePath, const QString& statement);
 
-}
+} // namespace TestSupport

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QFile>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+struct AVIOContext;
+
+struct IoContextDeleter
+{
+    void operator()(AVIOContext* context) const;
+};
+
+/// A regular file as FFmpeg reads it.
+///
+/// While FFmpeg looks for the format and the streams of a file, only a limited number of bytes can be read from it;
+/// behind them the file seems to end. Otherwise a file of gigabytes whose sound is followed by nothing but empty chunks
+/// or zeros would be walked through to its end. `liftLimit()` ends this for decoding.
+///
+/// Owner: one media input, which must outlive FFmpeg's use of `context()`. Thread: one at a time.
+class InputFile final
+{
+public:
+    InputFile();
+    ~InputFile();
+    Q_DISABLE_COPY(InputFile)
+
+    /// 0, or FFmpeg's code of the error. Neither pipes nor devices are opened, nor does it wait for one.
+    int open(const QString& path);
+    void liftLimit() { m_isLimited = false; }
+    AVIOContext* context() const { return m_context.get(); }
+
+private:
+    static int readPacket(void* file, std::uint8_t* buffer, int size);
+    static std::int64_t seekTo(void* file, std::int64_t offset, int whence);
+
+    int read(std::uint8_t* buffer, int size);
+    std::int64_t seek(std::int64_t offset, int whence);
+
+    QFile m_file;
+    qint64 m_size = 0;
+    qint64 m_position = 0;
+    qint64 m_bytesLeft;
+    bool m_isLimited = true;
+    std::unique_ptr<AVIOContext, IoContextDeleter> m_context;
+};

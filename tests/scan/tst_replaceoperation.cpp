@@ -1,0 +1,367 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "scan/replaceoperation.h"
+
+#include "scan/storeoperations.h"
+#include "tests/scan/operationrecorder.h"
+#include "tests/scan/sidelock.h"
+#include "tests/support/storefixture.h"
+
+#include <QtTest>
+
+using TestSupport::await;
+using TestSupport::StoreFixture;
+
+namespace {
+
+constexpr int tableId = 4;
+
+MetaData recordOf(const QString& filePath, const QString& description, const QString& library = {})
+{
+    MetaData record = TestSupport::sampleRecord(filePath);
+    record.setDescription(description);
+    record.setLibrary(library);
+    return record;
+}
+
+MetaDataList numberedRecords(int count, const QString& description)
+{
+    MetaDataList records;
+    for (int number = 0; number < count; ++number)
+        records.append(recordOf(QStringLiteral("/sounds/%1.wav").arg(number), description));
+    return records;
+}
+
+QVariantMap lookup(const QString& text, const QString& field)
+{
+    return { { QStringLiteral("lookup"), text }, { QStringLiteral("lookupFields"), QStringList{ field } } };
+}
+
+} // namespace
+
+class ReplaceOperationTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+    void textIsReplaced_data();
+    void textIsReplaced();
+    void changedRowCountsOnceHoweverManyFieldsChange();
+    void untouchedColumnsStayAsTheyAre();
+    void filePathBringsNameAndTypeAlong();
+    void emptySearchTextFillsEmptyFields();
+    void onlyRowsOfTheViewAreTouched();
+    void rowsThatLeaveTheViewDoNotHideOthers();
+    void sortingAndPagingOfTheViewDoNotMatter();
+    void unknownFieldsAreIgnored();
+    void refusedRecordsGiveWarningsAndAreCounted();
+    void progressGoesInTenths();
+    void canceledRunChangesNothing();
+    void invalidLookupIsReported();
+    void beginFailureIsReported();
+    void failedCommitIsReportedAndTheNextRunWorks();
+    void closedStoreIsReported();
+
+private:
+    std::unique_ptr<OperationReply> replace(const QStringList& fields, const QString& before, const QString& after,
+        Qt::CaseSensitivity caseSensitivity = Qt::CaseInsensitive, const QVariantMap& parameters = {});
+    QStringList descriptions();
+
+    std::unique_ptr<StoreFixture> m_store;
+};
+
+// Making a database takes longer than a test, so all share one.
+void ReplaceOperationTest::init()
+{
+    if (!m_store)
+        m_store = std::make_unique<StoreFixture>(scanBulkOperations());
+    if (!m_store->database().isOpened())
+        m_store->open();
+    for (const char* statement : { "DELETE FROM MetaData4", "DELETE FROM sqlite_sequence" })
+        QCOMPARE(m_store->execute(QLatin1String(statement)), QString());
+}
+
+void ReplaceOperationTest::cleanup()
+{
+    // Ends what a test has left open, which closing does as well.
+    m_store->database().close();
+}
+
+void ReplaceOperationTest::cleanupTestCase()
+{
+    m_store.reset();
+}
+
+std::unique_ptr<OperationReply> ReplaceOperationTest::replace(const QStringList& fields, const QString& before,
+    const QString& after, Qt::CaseSensitivity caseSensitivity, const QVariantMap& parameters)
+{
+    return await(m_store->database().replace(tableId, fields, before, after, caseSensitivity, parameters));
+}
+
+QStringList ReplaceOperationTest::descriptions()
+{
+    QStringList descriptions;
+    for (const MetaData& record : m_store->records(tableId))
+        descriptions.append(record.description());
+    return descriptions;
+}
+
+void ReplaceOperationTest::textIsReplaced_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("before");
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<int>("caseSensitivity");
+    QTest::addColumn<QString>("expected");
+    QTest::addColumn<int>("count");
+    const int any = Qt::CaseInsensitive;
+    const int exact = Qt::CaseSensitive;
+    QTest::newRow("any case") << "DRUM loop"
+                              << "Drum"
+                              << "Perc" << any << "Perc loop" << 1;
+    QTest::newRow("exact case, other case") << "DRUM loop"
+                                            << "Drum"
+                                            << "Perc" << exact << "DRUM loop" << 0;
+    QTest::newRow("exact case") << "Drum loop"
+                                << "Drum"
+                                << "Perc" << exact << "Perc loop" << 1;
+    QTest::newRow("every occurrence") << "a-A-b-a"
+                                      << "a"
+                                      << "xa" << any << "xa-xa-b-xa" << 1;
+    QTest::newRow("removal") << "Drum loop"
+                             << " loop"
+                             << "" << any << "Drum" << 1;
+    QTest::newRow("no pattern") << "a.b"
+                                << "."
+                                << "+" << any << "a+b" << 1;
+    QTest::newRow("percent signs") << "50%1"
+                                   << "%1"
+                                   << "%2" << any << "50%2" << 1;
+    QTest::newRow("absent") << "Drum"
+                            << "Bell"
+                            << "x" << any << "Drum" << 0;
+    QTest::newRow("empty search, text there") << "Drum"
+                                              << ""
+                                              << "x" << any << "Drum" << 0;
+    QTest::newRow("empty search, empty text") << ""
+                                              << ""
+                                              << "x" << any << "x" << 1;
+}
+
+void ReplaceOperationTest::textIsReplaced()
+{
+    QFETCH(QString, text);
+    QFETCH(QString, before);
+    QFETCH(QString, after);
+    QFETCH(int, caseSensitivity);
+    m_store->insert(tableId, { recordOf("/a.wav", text) });
+
+    const auto reply = replace({ "description" }, before, after, Qt::CaseSensitivity(caseSensitivity));
+
+    QCOMPARE(reply->errorString(), QString());
+    QTEST(descriptions().first(), "expected");
+    QTEST(reply->result("replacementsCount").toInt(), "count");
+}
+
+void ReplaceOperationTest::changedRowCountsOnceHoweverManyFieldsChange()
+{
+    m_store->insert(tableId, { recordOf("/drum.wav", "drum drum", "drum"), recordOf("/x.wav", "x", "y") });
+
+    const auto reply = replace({ "filePath", "description", "library" }, "drum", "perc");
+
+    QCOMPARE(reply->result("replacementsCount").toInt(), 1);
+    const MetaData record = m_store->records(tableId).first();
+    QCOMPARE(record.filePath(), QStringLiteral("/perc.wav"));
+    QCOMPARE(record.description(), QStringLiteral("perc perc"));
+    QCOMPARE(record.library(), QStringLiteral("perc"));
+}
+
+void ReplaceOperationTest::untouchedColumnsStayAsTheyAre()
+{
+    MetaData record = recordOf("/a.wav", "drum", "Mine");
+    record.setRating(42.5);
+    record.setPlaylist(1);
+    record.setDuration(0.123456789);
+    record.setArtist("Somebody");
+    m_store->insert(tableId, { record }, 987654321012);
+    QVariantMap expected = m_store->records(tableId).first().toVariantMap();
+    expected.insert(QStringLiteral("description"), QStringLiteral("perc"));
+
+    replace({ "description" }, "drum", "perc");
+
+    QCOMPARE(m_store->records(tableId).first().toVariantMap(), expected);
+}
+
+void ReplaceOperationTest::filePathBringsNameAndTypeAlong()
+{
+    m_store->insert(tableId, { recordOf("D:/Old/kick.wav", "x") });
+
+    replace({ "filePath" }, "d:/old/kick.wav", "E:/New/Snare.AIFF");
+
+    const MetaData record = m_store->records(tableId).first();
+    QCOMPARE(record.filePath(), QStringLiteral("E:/New/Snare.AIFF"));
+    QCOMPARE(record.fileName(), QStringLiteral("Snare.AIFF"));
+    QCOMPARE(record.fileType(), QStringLiteral("aiff"));
+}
+
+void ReplaceOperationTest::emptySearchTextFillsEmptyFields()
+{
+    m_store->insert(tableId, { recordOf("/a.wav", "x", "Mine"), recordOf("/b.wav", "x"), recordOf("/c.wav", "x") });
+
+    const auto reply = replace({ "library", "artist" }, "", "Misc");
+
+    QStringList libraries;
+    for (const MetaData& record : m_store->records(tableId)) {
+        libraries.append(record.library());
+        QCOMPARE(record.artist(), QStringLiteral("Misc"));
+    }
+    QCOMPARE(libraries, QStringList({ "Mine", "Misc", "Misc" }));
+    QCOMPARE(reply->result("replacementsCount").toInt(), 3);
+}
+
+void ReplaceOperationTest::onlyRowsOfTheViewAreTouched()
+{
+    m_store->insert(tableId, { recordOf("/a.wav", "drum one"), recordOf("/b.wav", "drum two") }, 1);
+    m_store->insert(tableId, { recordOf("/c.wav", "drum one") }, 2);
+
+    replace({ "description" }, "drum", "perc", Qt::CaseSensitive, lookup("ONE :x ?", "description"));
+    QCOMPARE(descriptions(), QStringList({ "drum one", "drum two", "drum one" }));
+    replace({ "description" }, "drum", "perc", Qt::CaseSensitive, lookup("ONE", "description"));
+    QCOMPARE(descriptions(), QStringList({ "perc one", "drum two", "perc one" }));
+    replace({ "description" }, "o", "0", Qt::CaseSensitive, { { "lastScannedOnly", true } });
+    QCOMPARE(descriptions(), QStringList({ "perc one", "drum two", "perc 0ne" }));
+    replace({ "description" }, "e", "3", Qt::CaseSensitive, { { "playlistOnly", true } });
+    QCOMPARE(descriptions(), QStringList({ "perc one", "drum two", "perc 0ne" }));
+}
+
+void ReplaceOperationTest::rowsThatLeaveTheViewDoNotHideOthers()
+{
+    m_store->insert(tableId, numberedRecords(230, QStringLiteral("drum")));
+
+    const auto reply = replace({ "description" }, "drum", "perc", Qt::CaseSensitive, lookup("drum", "description"));
+
+    QCOMPARE(reply->result("replacementsCount").toInt(), 230);
+    QCOMPARE(descriptions().count(QStringLiteral("perc")), 230);
+}
+
+void ReplaceOperationTest::sortingAndPagingOfTheViewDoNotMatter()
+{
+    m_store->insert(tableId, numberedRecords(120, QStringLiteral("drum")));
+    const QVariantMap view{ { "sortField", "fileName" }, { "sortOrder", 1 }, { "limit", 10 }, { "offset", 20 } };
+
+    replace({ "description" }, "drum", "perc", Qt::CaseSensitive, view);
+
+    QCOMPARE(descriptions().count(QStringLiteral("perc")), 120);
+}
+
+void ReplaceOperationTest::unknownFieldsAreIgnored()
+{
+    m_store->insert(tableId, { recordOf("/a.wav", "drum") });
+
+    const auto reply = replace({ "nonsense", "Description", "error", "description" }, "drum", "perc");
+
+    QVERIFY(!reply->hasError());
+    QCOMPARE(descriptions(), QStringList{ "perc" });
+}
+
+void ReplaceOperationTest::refusedRecordsGiveWarningsAndAreCounted()
+{
+    m_store->insert(tableId, { recordOf("/one.wav", "x"), recordOf("/two.wav", "x"), recordOf("/a one.wav", "x") });
+    OperationReply* reply = m_store->database().replace(tableId, { "filePath" }, "one", "TWO", Qt::CaseInsensitive, {});
+    OperationRecorder recorder(reply);
+
+    const auto ended = await(reply);
+
+    QVERIFY(!ended->hasError());
+    QCOMPARE(ended->result("replacementsCount").toInt(), 2);
+    QCOMPARE(recorder.events(),
+        QStringList({ "progress 0 of -1", "progress 0 of 3", "progress 3 of 3", "warnings 1", "finished" }));
+    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Database constraint violation: /TWO.wav" });
+    QCOMPARE(m_store->records(tableId).at(2).filePath(), QStringLiteral("/a TWO.wav"));
+}
+
+void ReplaceOperationTest::progressGoesInTenths()
+{
+    m_store->insert(tableId, numberedRecords(120, QStringLiteral("drum")));
+    OperationReply* reply
+        = m_store->database().replace(tableId, { "description" }, "drum", "perc", Qt::CaseInsensitive, {});
+    OperationRecorder recorder(reply);
+
+    await(reply);
+
+    QCOMPARE(recorder.events(),
+        QStringList({ "progress 0 of -1", "progress 0 of 120", "progress 50 of 120", "progress 100 of 120",
+            "progress 120 of 120", "finished" }));
+}
+
+void ReplaceOperationTest::canceledRunChangesNothing()
+{
+    m_store->insert(tableId, numberedRecords(120, QStringLiteral("drum")));
+    // A change in the second batch counts some ten million rows, so that the cancellation arrives in that batch at
+    // last.
+    QCOMPARE(m_store->execute(QStringLiteral("CREATE TRIGGER slow BEFORE UPDATE ON MetaData4 WHEN OLD.id = 60 BEGIN "
+                                             "SELECT COUNT(*) FROM sqlite_master, sqlite_master, MetaData4; END")),
+        QString());
+    OperationReply* reply
+        = m_store->database().replace(tableId, { "description" }, "drum", "perc", Qt::CaseInsensitive, {});
+    OperationRecorder recorder(reply);
+    connect(reply, &OperationReply::progress, reply, [reply](int value, int total) {
+        if (value == 50 && total == 120)
+            reply->cancel();
+    });
+
+    await(reply);
+
+    const QStringList events = recorder.events();
+    QVERIFY(events.contains(QStringLiteral("progress 50 of 120")));
+    QVERIFY(!events.contains(QStringLiteral("progress 120 of 120")));
+    QCOMPARE(events.mid(events.size() - 2), QStringList({ "error Canceled", "finished" }));
+    QCOMPARE(descriptions().count(QStringLiteral("drum")), 120);
+    QCOMPARE(m_store->execute(QStringLiteral("DROP TRIGGER slow")), QString());
+}
+
+void ReplaceOperationTest::invalidLookupIsReported()
+{
+    const auto reply = replace({ "description" }, "a", "b", Qt::CaseSensitive, lookup("\"", "description"));
+
+    QVERIFY2(
+        reply->errorString().startsWith(QLatin1String("Unable to get rows count: ")), qPrintable(reply->errorString()));
+}
+
+void ReplaceOperationTest::beginFailureIsReported()
+{
+    QCOMPARE(m_store->execute(QStringLiteral("BEGIN")), QString());
+
+    const auto reply = replace({ "description" }, "a", "b");
+
+    QVERIFY2(reply->errorString().startsWith(QLatin1String("Unable to begin replace transaction: ")),
+        qPrintable(reply->errorString()));
+}
+
+void ReplaceOperationTest::failedCommitIsReportedAndTheNextRunWorks()
+{
+    m_store->insert(tableId, numberedRecords(3, QStringLiteral("drum")));
+    {
+        const SideLock lock(m_store->filePath(), SideLock::Kind::Reading);
+        const auto reply = replace({ "description" }, "drum", "perc");
+        QVERIFY2(reply->errorString().startsWith(QLatin1String("Unable to commit replace transaction: ")),
+            qPrintable(reply->errorString()));
+    }
+    QCOMPARE(descriptions().count(QStringLiteral("drum")), 3);
+
+    QVERIFY(!replace({ "description" }, "drum", "perc")->hasError());
+
+    QCOMPARE(descriptions().count(QStringLiteral("perc")), 3);
+}
+
+void ReplaceOperationTest::closedStoreIsReported()
+{
+    m_store->database().close();
+
+    QCOMPARE(replace({ "description" }, "a", "b")->errorString(), QStringLiteral("Database is not opened"));
+}
+
+QTEST_GUILESS_MAIN(ReplaceOperationTest)
+#include "tst_replaceoperation.moc"
