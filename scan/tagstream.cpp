@@ -2,42 +2,12 @@
 #include "scan/tagstream.h"
 
 #include <algorithm>
-#include <cstdint>
 
 namespace {
 
 // Reading the tags of an honest file takes some dozen reads and, with a large cover picture, some megabytes.
 constexpr int largestNumberOfReads = 8192;
 constexpr unsigned long largestNumberOfBytes = 32UL * 1024 * 1024;
-
-constexpr unsigned int frameHeaderSize = 10;
-
-bool mayBeFrameSize(const TagLib::ByteVector& block, unsigned int offset)
-{
-    std::uint64_t plain = 0;
-    std::uint64_t synchronised = 0;
-    bool hasEscapedByte = false;
-    for (unsigned int index = offset; index < offset + 4; ++index) {
-        const auto byte = static_cast<unsigned char>(block.at(index));
-        plain = plain << 8 | byte;
-        synchronised = synchronised << 7 | (byte & 0x7FU);
-        hasEscapedByte = hasEscapedByte || byte == 0xFF;
-    }
-    // A size with an escaped byte reads otherwise once the tag is decoded, so it may be anything.
-    const std::uint64_t room = block.size() - offset;
-    return hasEscapedByte || (plain > 0 && std::min(plain, synchronised) <= room);
-}
-
-void renameFrames(TagLib::ByteVector& block, const TagLib::ByteVector& identifier)
-{
-    int offset = block.find(identifier);
-    while (offset >= 0) {
-        const auto position = static_cast<unsigned int>(offset);
-        if (position + frameHeaderSize <= block.size() && mayBeFrameSize(block, position + identifier.size()))
-            block[offset] = 'X';
-        offset = block.find(identifier, position + 1);
-    }
-}
 
 } // namespace
 
@@ -83,8 +53,8 @@ TagLib::ByteVector TagStream::readBlock(unsigned long length)
     TagLib::ByteVector block = m_file.readBlock(std::min(length, m_bytesLeft));
     --m_readsLeft;
     m_bytesLeft -= block.size();
-    renameFrames(block, "CHAP");
-    renameFrames(block, "CTOC");
+    if (!block.isEmpty())
+        m_defuser.defuse(block.data(), block.size());
     return block;
 }
 

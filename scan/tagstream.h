@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "scan/id3defuser.h"
+
 #include <QByteArray>
 
 #include <taglib/tfilestream.h>
@@ -9,8 +11,7 @@
 /// A file as TagLib may see it: read-only, and bounded in what it can make TagLib do.
 ///
 /// TagLib takes sizes and nesting in a file at their word. Here the number of reads and of bytes is limited, behind
-/// which the file seems to end, and the chapter frames of ID3v2, which may hold frames that hold chapters without end,
-/// are renamed on their way so that TagLib keeps them as unknown ones; they carry no tag property anyway.
+/// which the file seems to end, and dangerous frames of ID3v2 are made harmless on their way; see scan/id3defuser.h.
 ///
 /// Owner: the stack of one tag reading. Thread: its creator's.
 class TagStream final : public TagLib::IOStream
@@ -43,4 +44,5 @@ private:
     int m_readsLeft;
     unsigned long m_bytesLeft;
     long m_length;
+    Id3Defuser m_defuser;
 };

@@ -125,6 +125,15 @@ QByteArray id3Text(const char* identifier, const QByteArray& text)
     return id3Frame(identifier, utf8Encoding + text);
 }
 
+QByteArray id3CompressedText(const char* identifier, const QByteArray& text)
+{
+    // Qt puts the length before the packed data as well, but in plain bytes.
+    const QByteArray packed = qCompress(utf8Encoding + text, 9).mid(4);
+    const QByteArray body = synchronisedSize(text.size() + 1) + packed;
+    const QByteArray compressedWithLength("\0\x09", 2);
+    return identifier + synchronisedSize(body.size()) + compressedWithLength + body;
+}
+
 QByteArray id3UserText(const QByteArray& name, const QByteArray& text)
 {
     return id3Frame("TXXX", utf8Encoding + name + '\0' + text);

@@ -48,6 +48,8 @@ QByteArray id3Tag(const QByteArray& frames);
 QByteArray id3Frame(const char* identifier, const QByteArray& body);
 /// A text frame in UTF-8; several values are separated by NUL.
 QByteArray id3Text(const char* identifier, const QByteArray& text);
+/// A text frame whose body is packed.
+QByteArray id3CompressedText(const char* identifier, const QByteArray& text);
 QByteArray id3UserText(const QByteArray& name, const QByteArray& text);
 QByteArray id3Comment(const QByteArray& text);
 /// The chunk that holds an ID3 tag in WAVE and AIFF files.
