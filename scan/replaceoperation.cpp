@@ -2,7 +2,7 @@
 #include "scan/replaceoperation.h"
 
 #include "scan/rowbatches.h"
-#include "scan/transactionstate.h"
+#include "store/transactionstate.h"
 #include "store/metadata.h"
 #include "store/operationreply.h"
 #include "store/recordwriter.h"

@@ -5,7 +5,7 @@
 #include "scan/medialister.h"
 #include "scan/metadatareader.h"
 #include "scan/pathspellings.h"
-#include "scan/transactionstate.h"
+#include "store/transactionstate.h"
 #include "store/operationreply.h"
 #include "store/recordwriter.h"
 #include "store/transaction.h"

@@ -4,6 +4,7 @@
 #include "store/fieldcatalogue.h"
 #include "store/metadatafields.h"
 #include "store/querycomposer.h"
+#include "store/transactionstate.h"
 
 #include <QCoreApplication>
 #include <QSqlDatabase>
@@ -76,12 +77,16 @@ public:
 private:
     static QSqlQuery prepare(const QSqlDatabase& connection, const char* statement, int tableId);
     static void bindFields(QSqlQuery& query, const MetaData& item);
+    MetaData failed(const MetaData& item) const;
     qint64 findByFilePath(const QString& filePath);
     bool insert(const MetaData& item);
     bool update(const MetaData& item, qint64 id);
     bool execute(QSqlQuery& query);
     void touch(qint64 id);
 
+    QSqlDatabase m_connection;
+    bool m_wasInTransaction;
+    bool m_isTransactionLost = false;
     QSqlQuery m_update;
     QSqlQuery m_insert;
     QSqlQuery m_find;
@@ -92,7 +97,9 @@ private:
 };
 
 RecordWriter::RecordWriter(const QSqlDatabase& connection, int tableId, qint64 scanTimestamp, bool lookupByFilePath)
-    : m_update(prepare(connection, updateStatement, tableId))
+    : m_connection(connection)
+    , m_wasInTransaction(isTransactionActive(connection))
+    , m_update(prepare(connection, updateStatement, tableId))
     , m_insert(prepare(connection, insertStatement, tableId))
     , m_find(prepare(connection, findStatement, tableId))
     , m_touch(prepare(connection, touchStatement, tableId))
@@ -113,17 +120,23 @@ MetaData RecordWriter::write(const MetaData& item)
 {
     if (!item.error().isEmpty())
         return item;
+    if (m_isTransactionLost)
+        return failed(item);
     const bool searches = item.id() < 1 && m_lookupByFilePath;
     const qint64 id = searches ? findByFilePath(item.filePath()) : item.id();
     const bool isWritten = id < 1 ? insert(item) : update(item, id);
-    if (!isWritten) {
-        MetaData failedItem = item;
-        failedItem.setError(m_errorText);
-        return failedItem;
-    }
+    if (!isWritten)
+        return failed(item);
     if (searches && id >= 1)
         touch(id);
     return MetaData();
+}
+
+MetaData RecordWriter::failed(const MetaData& item) const
+{
+    MetaData failedItem = item;
+    failedItem.setError(m_errorText);
+    return failedItem;
 }
 
 qint64 RecordWriter::findByFilePath(const QString& filePath)
@@ -161,9 +174,11 @@ bool RecordWriter::execute(QSqlQuery& query)
 {
     if (query.exec())
         return true;
-    m_errorText = query.lastError().nativeErrorCode() == constraintErrorCode
-        ? QCoreApplication::translate("Database", "Database constraint violation")
-        : QCoreApplication::translate("Database", "Unknown database error");
+    const bool isConstraint = query.lastError().nativeErrorCode() == constraintErrorCode;
+    m_errorText = isConstraint ? QCoreApplication::translate("Database", "Database constraint violation")
+                               : QCoreApplication::translate("Database", "Unknown database error");
+    // A full disk makes SQLite end the transaction by itself; what was written now would stay for good.
+    m_isTransactionLost = !isConstraint && m_wasInTransaction && !isTransactionActive(m_connection);
     return false;
 }
 

@@ -25,7 +25,7 @@ class Receiver : public QObject
     Q_OBJECT
 
 public slots:
-    void receive(MetaData record, MetaDataList records)
+    void receive(const MetaData& record, const MetaDataList& records)
     {
         m_record = record;
         m_records = records;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/metatypes.h"
 #include "store/operationreply.h"
+#include "tests/support/messagerecorder.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -54,6 +55,42 @@ void runInWorkerThread(const std::function<void()>& work)
     worker->wait();
 }
 
+// A thread that ends replies the moment it is given them.
+class ReplyEnder
+{
+public:
+    ReplyEnder()
+        : m_thread(QThread::create([this]() { run(); }))
+    {
+        m_thread->start();
+    }
+
+    ~ReplyEnder()
+    {
+        m_isStopping = true;
+        m_thread->wait();
+    }
+    Q_DISABLE_COPY(ReplyEnder)
+
+    void end(OperationReply* reply) { m_next = reply; }
+
+private:
+    void run()
+    {
+        while (!m_isStopping) {
+            OperationReply* reply = m_next.exchange(nullptr);
+            if (reply != nullptr)
+                reply->setError("failed");
+            else
+                QThread::yieldCurrentThread();
+        }
+    }
+
+    std::atomic<OperationReply*> m_next{ nullptr };
+    std::atomic<bool> m_isStopping{ false };
+    std::unique_ptr<QThread> m_thread;
+};
+
 void callEveryMethod(OperationReply& reply)
 {
     reply.setProgress(1, 2);
@@ -104,7 +141,8 @@ private slots:
     void waitKeepsTimersRunning();
     void everyMethodMayBeCalledFromTwoThreads();
     void onlyOneOfManyRacingEndingsWins();
-    void replyMayBeDeletedInsideFinishedWhileTheWorkerReports();
+    void replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerReports_data();
+    void replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerReports();
 };
 
 void OperationReplyTest::metaObjectListsSignalsAndSlotsInOrder()
@@ -470,34 +508,40 @@ void OperationReplyTest::onlyOneOfManyRacingEndingsWins()
     }
 }
 
-// The worker posts finished() while it holds the reply's mutex, hence the owner may be quicker than the worker.
-void OperationReplyTest::replyMayBeDeletedInsideFinishedWhileTheWorkerReports()
+// The worker posts these signals while it holds the reply's mutex, hence a busy owner may be quicker than the worker.
+void OperationReplyTest::replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerReports_data()
 {
-    constexpr int count = 20000;
-    QThread worker;
-    QObject workerContext;
-    workerContext.moveToThread(&worker);
-    worker.start();
-    std::atomic<int> deleted{ 0 };
+    QTest::addColumn<bool>("isDeletedOnError");
+
+    QTest::newRow("finished") << false;
+    QTest::newRow("error") << true;
+}
+
+void OperationReplyTest::replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerReports()
+{
+    QFETCH(bool, isDeletedOnError);
+    constexpr int count = 5000;
+    const TestSupport::MessageRecorder recorder;
+    ReplyEnder ender;
+    int deleted = 0;
 
     for (int index = 0; index < count; ++index) {
         auto* reply = new OperationReply;
-        connect(reply, &OperationReply::finished, reply, [reply, &deleted]() {
+        const auto deleteReply = [reply, &deleted]() {
             delete reply;
             ++deleted;
-        });
-        QMetaObject::invokeMethod(&workerContext, [reply, index]() {
-            if (index % 2 == 0)
-                reply->finish();
-            else
-                reply->setError("failed");
-        });
-        QCoreApplication::processEvents();
+        };
+        if (isDeletedOnError)
+            connect(reply, &OperationReply::error, reply, deleteReply);
+        else
+            connect(reply, &OperationReply::finished, reply, deleteReply);
+        ender.end(reply);
+        while (deleted == index)
+            QCoreApplication::sendPostedEvents();
     }
 
-    QTRY_COMPARE(deleted.load(), count);
-    worker.quit();
-    worker.wait();
+    QCOMPARE(deleted, count);
+    QCOMPARE(recorder.messages(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(OperationReplyTest)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "scan/transactionstate.h"
+#include "store/transactionstate.h"
 
 #include <QSqlDatabase>
 #include <QSqlQuery>
