@@ -3,6 +3,7 @@
 
 #include "ui_mainwindow.h"
 
+#include "app/commandguard.h"
 #include "app/databasesession.h"
 #include "browse/metadatamodel.h"
 #include "ui/settings.h"
@@ -13,9 +14,11 @@
 #include <QDebug>
 #include <QDir>
 #include <QItemSelectionModel>
+#include <QLabel>
 #include <QMenu>
 #include <QMessageBox>
 #include <QStandardPaths>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -23,6 +26,31 @@ constexpr int requeryDelay = 20; // milliseconds
 constexpr int stateSaveDelay = 1000; // milliseconds
 constexpr int busySpriteSize = 20; // pixels
 constexpr int busySpriteRate = 12; // frames per second
+constexpr int buttonPadding = 10; // pixels, both sides together
+constexpr int longestWholeCount = 100000; // a count of no more digits is never cut off
+
+// Room around the texts; as some styles have it, the buttons' frames touch them.
+void padButtons(QWidget* panel)
+{
+    const QList<QPushButton*> buttons = panel->findChildren<QPushButton*>();
+    for (QPushButton* button : buttons)
+        button->setMinimumWidth(button->sizeHint().width() + buttonPadding);
+}
+
+// As some styles draw it, a checked button can hardly be told from the others on a dark palette.
+void highlightWhenChecked(QPushButton* button)
+{
+    const auto updatePalette = [button](bool checked) {
+        QPalette palette;
+        if (checked) {
+            palette.setColor(QPalette::Button, palette.color(QPalette::Highlight));
+            palette.setColor(QPalette::ButtonText, palette.color(QPalette::HighlightedText));
+        }
+        button->setPalette(palette);
+    };
+    QObject::connect(button, &QPushButton::toggled, button, updatePalette);
+    updatePalette(button->isChecked());
+}
 
 } // namespace
 
@@ -37,6 +65,7 @@ MainWindow::MainWindow(QWidget* parent)
 {
     buildInterface();
     buildRecordMenu();
+    buildEmptyTableHint();
     setUpBusySprite();
     setUpState();
     createDatabase();
@@ -75,6 +104,11 @@ QSize MainWindow::preferredSize() const
 void MainWindow::buildInterface()
 {
     m_ui->setupUi(this);
+    padButtons(m_ui->topPanel);
+    const QString count = tr("Found Records: %1").arg(longestWholeCount);
+    m_ui->rowCountersLabel->setMinimumWidth(m_ui->rowCountersLabel->fontMetrics().horizontalAdvance(count));
+    for (QPushButton* button : { m_ui->viewAllButton, m_ui->viewLastScannedButton, m_ui->viewPlaylistButton })
+        highlightWhenChecked(button);
     m_ui->fileMenu->insertSeparator(m_ui->quitAction);
     m_ui->openTableAction->setMenu(m_openTableMenu);
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
@@ -100,6 +134,24 @@ void MainWindow::buildRecordMenu()
     addAction(tr("Remove from Playlist"));
     m_recordMenu->addSeparator();
     addAction(tr("Delete Selected"));
+}
+
+void MainWindow::buildEmptyTableHint()
+{
+    QWidget* viewport = m_ui->metaDataView->viewport();
+    m_emptyTableHint = new QLabel(
+        tr("This table is empty.\nDrop files or folders here, or choose \"Scan Files…\" to fill it."), viewport);
+    m_emptyTableHint->setObjectName(QStringLiteral("emptyTableHint"));
+    m_emptyTableHint->setAlignment(Qt::AlignCenter);
+    m_emptyTableHint->setWordWrap(true);
+    QPalette palette = m_emptyTableHint->palette();
+    palette.setColor(m_emptyTableHint->foregroundRole(), palette.color(QPalette::PlaceholderText));
+    m_emptyTableHint->setPalette(palette);
+    // Drops and clicks are the table's.
+    m_emptyTableHint->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_emptyTableHint->hide();
+    auto* layout = new QVBoxLayout(viewport);
+    layout->addWidget(m_emptyTableHint);
 }
 
 void MainWindow::setUpBusySprite()
@@ -173,6 +225,7 @@ void MainWindow::connectView()
     connect(view, &MetaDataView::processingFinished, m_ui->progressIconWidget, &PixmapWidget::hidePictureDelayed);
     connect(view, &MetaDataView::processingFinished, this, &MainWindow::restoreSavedRow);
     connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateRowCountersLabel);
+    connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateEmptyTableHint);
     connect(view, &MetaDataView::tableChaged, this, &MainWindow::updateWindowTitle);
     connect(view, &QWidget::customContextMenuRequested, this,
         [this, view](const QPoint& point) { m_recordMenu->popup(view->viewport()->mapToGlobal(point)); });
@@ -199,6 +252,8 @@ void MainWindow::showWarrantyDisclaimerDialog()
     const QString key = QStringLiteral("accepted");
     if (settings.value(key, false).toBool())
         return;
+    // A drop reaches the table also below a dialog.
+    const CommandGuard guard(m_isCommandRunning);
     WarrantyDisclaimerDialog dialog(this);
     if (dialog.exec() == QDialog::Accepted)
         settings.setValue(key, true);

@@ -13,6 +13,7 @@ class Database;
 class DatabaseSession;
 class OperationReply;
 class QAction;
+class QLabel;
 class QMenu;
 class Settings;
 
@@ -45,6 +46,7 @@ public slots:
     void lookup();
     void updateWindowTitle();
     void updateRowCountersLabel();
+    void updateEmptyTableHint();
     void updateOpenTableMenu();
     void handleOpenTableAction();
     void requery();
@@ -66,6 +68,7 @@ private slots:
 private:
     void buildInterface();
     void buildRecordMenu();
+    void buildEmptyTableHint();
     void setUpBusySprite();
     void setUpState();
     void createDatabase();
@@ -92,6 +95,7 @@ private:
     qint64 m_savedRow = 0;
     QMenu* m_openTableMenu;
     QMenu* m_recordMenu;
+    QLabel* m_emptyTableHint = nullptr;
     QTimer m_requeryTimer;
     QTimer m_stateSaveTimer;
     bool m_isCommandRunning = false;

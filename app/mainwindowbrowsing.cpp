@@ -8,6 +8,7 @@
 #include "store/database.h"
 #include "store/operationreply.h"
 
+#include <QLabel>
 #include <QMenu>
 
 namespace {
@@ -54,6 +55,17 @@ void MainWindow::updateRowCountersLabel()
     if (rows >= 0 && selectedRows > 0 && selectedRows != rows)
         text += tr(" (%1 selected)").arg(selectedRows);
     m_ui->rowCountersLabel->setText(text);
+    // A narrow window cuts the text off.
+    m_ui->rowCountersLabel->setToolTip(text);
+}
+
+// An empty result of a view or a lookup says nothing about the table.
+void MainWindow::updateEmptyTableHint()
+{
+    const MetaDataModel* model = m_ui->metaDataView->metaDataModel();
+    const bool isEmpty = model->isRowsCountActual() && model->rowsCount() == 0;
+    const bool isWholeTable = m_ui->viewAllButton->isChecked() && m_ui->lookupEdit->text().trimmed().isEmpty();
+    m_emptyTableHint->setVisible(isEmpty && isWholeTable);
 }
 
 void MainWindow::updateOpenTableMenu()

@@ -50,6 +50,9 @@ QString MainWindow::libraryEvaluationRules() const
 
 QString MainWindow::chooseFolderToScan()
 {
+    const CommandGuard guard(m_isCommandRunning);
+    if (!guard.isEntered())
+        return {};
     Settings settings(scanDialogGroup());
     const QString key = QStringLiteral("lookupDirectory");
     QFileDialog chooser(this, tr("Scan Media Files"), settings.value(key, QDir::homePath()).toString());

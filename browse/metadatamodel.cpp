@@ -74,9 +74,9 @@ void MetaDataModel::showOtherTable()
     m_cache.clear();
     m_requestQueue.clear();
     if (!m_database) {
+        m_isRowsCountActual = false;
         beginResetModel();
         m_rowsCount = -1;
-        m_isRowsCountActual = false;
         endResetModel();
     } else if (m_rowsCount > 0)
         emit dataChanged(index(0, 0), index(m_rowsCount - 1, ColumnsCount - 1));

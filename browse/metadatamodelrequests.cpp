@@ -129,6 +129,8 @@ void MetaDataModel::announceProcessingFinished()
 
 void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
 {
+    // Before the reset begins: whoever sees it begin can tell a new query from a count that has become known.
+    m_isRowsCountActual = false;
     beginResetModel();
     m_rowsCount = std::max(m_rowsCount, items.size());
     m_cache.invalidate();

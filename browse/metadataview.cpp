@@ -56,19 +56,22 @@ MetaDataView::MetaDataView(QWidget* parent)
     setDropIndicatorShown(false);
 }
 
-MetaDataView::~MetaDataView() = default;
+MetaDataView::~MetaDataView()
+{
+    // Now, while the view is whole: the model may wait for its collections, and what it is told meanwhile comes here.
+    delete m_model;
+}
 
 void MetaDataView::connectModel()
 {
     connect(
         m_model, &MetaDataModel::rangeVisibilityCheck, this, &MetaDataView::checkRangeVisibility, Qt::DirectConnection);
+    connect(m_model, &QAbstractItemModel::modelAboutToBeReset, this, &MetaDataView::keepSelectionOverCount);
     // Queued: the view itself must have handled the reset first.
     connect(m_model, &QAbstractItemModel::modelReset, this, &MetaDataView::restoreSavedSelection, Qt::QueuedConnection);
-    // Queued too: after the restoring that the same answer has queued before.
-    connect(m_model, &MetaDataModel::actualRowsCountChanged, this, &MetaDataView::forgetSavedSelection,
-        Qt::QueuedConnection);
-    connect(
-        m_model, &MetaDataModel::processingFinished, this, &MetaDataView::forgetSavedSelection, Qt::QueuedConnection);
+    connect(m_model, &QAbstractItemModel::modelReset, this, [this]() { m_isRestoreDue = true; });
+    connect(m_model, &MetaDataModel::actualRowsCountChanged, this, &MetaDataView::forgetSavedSelection);
+    connect(m_model, &MetaDataModel::processingFinished, this, &MetaDataView::forgetSavedSelection);
     connect(m_model, &MetaDataModel::requeried, this, &MetaDataView::handleRequeried);
     connect(m_model, &MetaDataModel::requeried, this, &MetaDataView::requeried);
     connect(m_model, &MetaDataModel::processingStarted, this, &MetaDataView::processingStarted);
@@ -155,20 +158,43 @@ void MetaDataView::keyboardSearch(const QString& /*search*/) { }
 
 void MetaDataView::requery(bool saveSelection)
 {
+    saveCurrentIndex();
+    if (saveSelection)
+        saveSelectedRows();
+    m_model->requery();
+}
+
+void MetaDataView::saveCurrentIndex()
+{
     m_savedRow = currentIndex().row();
     m_savedColumn = currentIndex().column();
-    if (saveSelection) {
-        m_savedRowRanges.clear();
-        const QItemSelection selection = selectionModel()->selection();
-        for (const QItemSelectionRange& range : selection)
-            m_savedRowRanges.append({ range.top(), range.bottom() });
-    }
-    m_model->requery();
+}
+
+void MetaDataView::saveSelectedRows()
+{
+    m_savedRowRanges.clear();
+    const QItemSelection selection = selectionModel()->selection();
+    for (const QItemSelectionRange& range : selection)
+        m_savedRowRanges.append({ range.top(), range.bottom() });
+}
+
+void MetaDataView::keepSelectionOverCount()
+{
+    // The rows stay when only their count changes, so what the user has chosen since the requery stays chosen.
+    // A current row without a selection is none that was chosen: the focus alone makes one.
+    if (m_isRestoreDue || !m_model->isRowsCountActual() || !selectionModel()->hasSelection())
+        return;
+    saveCurrentIndex();
+    saveSelectedRows();
 }
 
 void MetaDataView::restoreSavedSelection()
 {
+    m_isRestoreDue = false;
     const QScopedValueRollback<bool> restoring(m_isRestoringSelection, true);
+    // The user may have scrolled away from the current row.
+    const bool wasAutoScrolling = hasAutoScroll();
+    setAutoScroll(false);
     if (m_savedRow >= 0 && m_savedColumn >= 0) {
         const QModelIndex current = m_model->index(m_savedRow, m_savedColumn);
         if (current.isValid())
@@ -183,13 +209,14 @@ void MetaDataView::restoreSavedSelection()
     }
     if (!selection.isEmpty())
         selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    setAutoScroll(wasAutoScrolling);
     forgetSavedSelection();
 }
 
 void MetaDataView::forgetSavedSelection()
 {
     // While the count is not final another reset may follow and take the selection away again.
-    if (!m_model->isRowsCountActual() || m_model->isRequeryPending())
+    if (m_isRestoreDue || !m_model->isRowsCountActual() || m_model->isRequeryPending())
         return;
     m_savedRow = -1;
     m_savedColumn = -1;
@@ -248,8 +275,13 @@ void MetaDataView::toggledColumnVisibility()
 void MetaDataView::updateColumnsVisibility()
 {
     const QList<QAction*> actions = m_columnsMenu->actions();
-    for (QAction* action : actions)
-        action->setChecked(!horizontalHeader()->isSectionHidden(action->property(columnProperty).toInt()));
+    for (QAction* action : actions) {
+        const int column = action->property(columnProperty).toInt();
+        // A state from elsewhere must not take away what cannot be brought back.
+        if (!action->isEnabled())
+            horizontalHeader()->showSection(column);
+        action->setChecked(!horizontalHeader()->isSectionHidden(column));
+    }
 }
 
 void MetaDataView::keyPressEvent(QKeyEvent* event)

@@ -76,6 +76,9 @@ protected:
 
 private:
     void connectModel();
+    void saveCurrentIndex();
+    void saveSelectedRows();
+    void keepSelectionOverCount();
     void forgetSavedSelection();
     void buildColumnsMenu();
     void setUpHeader();
@@ -92,5 +95,7 @@ private:
     QVector<QPair<int, int>> m_savedRowRanges;
     QString m_lookup;
     QStringList m_pendingPaths;
+    // A reset has happened, but the selection was not put back yet.
+    bool m_isRestoreDue = false;
     bool m_isRestoringSelection = false;
 };

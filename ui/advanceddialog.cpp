@@ -14,10 +14,13 @@ AdvancedDialog::AdvancedDialog(QWidget* parent)
 
 void AdvancedDialog::showEvent(QShowEvent* event)
 {
+    QDialog::showEvent(event);
+    // A window that was minimised comes back where it was.
+    if (event->spontaneous())
+        return;
     QRect area = frameGeometry();
     area.moveCenter(preferredCentre());
     move(area.topLeft());
-    QDialog::showEvent(event);
     activateWindow();
     setFocus();
 }

@@ -104,6 +104,9 @@ void AdvancedWindow::announceShowed()
     if (m_isAnnounced)
         return;
     m_isAnnounced = true;
+    // Before the window had a frame, its position did not count it: the window would creep up with every start.
+    if (m_restoredPosition && !isMaximized())
+        move(*m_restoredPosition);
     QMetaObject::invokeMethod(this, &AdvancedWindow::showed, Qt::QueuedConnection);
 }
 
@@ -123,6 +126,7 @@ bool AdvancedWindow::restoreGeometry()
     resize(m_settings->value(sizeKey).toSize());
     move(m_settings->value(positionKey).toPoint());
     moveOntoScreen();
+    m_restoredPosition = pos();
     show();
     return true;
 }

@@ -4,6 +4,8 @@
 #include <QMainWindow>
 #include <QTimer>
 
+#include <optional>
+
 class Settings;
 
 /// Base of the main window: remembers size, position and maximised state for each screen size it is used on.
@@ -57,6 +59,8 @@ private:
     QTimer m_saveTimer;
     QTimer m_announceTimer;
     QWidget* m_preparedCentralWidget = nullptr;
+    // Of the whole frame, as it was kept.
+    std::optional<QPoint> m_restoredPosition;
     bool m_isConfigured = false;
     bool m_isAnnounced = false;
 };

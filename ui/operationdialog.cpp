@@ -6,7 +6,10 @@
 #include "store/operationreply.h"
 #include "store/valuetext.h"
 
+#include <QHideEvent>
+#include <QLayout>
 #include <QPushButton>
+#include <QShowEvent>
 #include <QTime>
 
 namespace {
@@ -30,6 +33,7 @@ OperationDialog::OperationDialog(QWidget* parent)
     : AdvancedDialog(parent)
     , m_ui(std::make_unique<Ui::OperationDialog>())
     , m_waitText(tr("Preparing..."))
+    , m_elapsedTimeTimer(this)
 {
     m_ui->setupUi(this);
     m_button = m_ui->buttonBox->button(QDialogButtonBox::Cancel);
@@ -108,7 +112,10 @@ int OperationDialog::exec(OperationReply* reply)
     resetForNextRun();
     // Its end was told before anybody here listened.
     if (reply->isFinishedDelivered())
-        QMetaObject::invokeMethod(this, &OperationDialog::finalize, Qt::QueuedConnection);
+        QTimer::singleShot(0, this, [this, reply] {
+            if (m_reply == reply)
+                finalize();
+        });
     exec();
     if (m_reply)
         m_reply->disconnect(this);
@@ -232,20 +239,28 @@ void OperationDialog::makeBusy()
 
 void OperationDialog::fixSize()
 {
+    // Otherwise the size hint follows a widget that was just shown or hidden on a later turn of the event loop only.
+    m_ui->panel->layout()->activate();
+    layout()->activate();
     setFixedSize(sizeHint());
 }
 
 void OperationDialog::showEvent(QShowEvent* event)
 {
-    fixSize();
+    if (!event->spontaneous()) {
+        fixSize();
+        m_elapsedTimeTimer.start();
+    }
     AdvancedDialog::showEvent(event);
-    m_elapsedTimeTimer.start();
 }
 
 void OperationDialog::hideEvent(QHideEvent* event)
 {
-    m_ui->warningsConsole->clear();
-    m_ui->warningsConsole->hide();
-    m_elapsedTimeTimer.stop();
+    // A window that is only minimised comes back with its warnings.
+    if (!event->spontaneous()) {
+        m_ui->warningsConsole->clear();
+        m_ui->warningsConsole->hide();
+        m_elapsedTimeTimer.stop();
+    }
     AdvancedDialog::hideEvent(event);
 }

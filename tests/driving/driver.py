@@ -170,6 +170,19 @@ class Program:
                 return accessible
         return None
 
+    def enter_text(self, field, text):
+        """Replaces the text of a line edit. On a busy machine keys may come before the focus has: then once more."""
+        for _ in range(5):
+            field.click()
+            press("ctrl+a")
+            type_text(text)
+            try:
+                wait_for("the text in the line edit", lambda: field.text() == text, patience=5)
+                return
+            except AssertionError:
+                continue
+        raise AssertionError("%r cannot be typed; the line edit holds %r" % (text, field.text()))
+
     def wait_for_end(self):
         """The exit code, once the program has ended by itself."""
         self.errors = self.process.communicate(timeout=PATIENCE)[1]

@@ -85,10 +85,7 @@ def check_sorting(program):
 
 
 def look_up(program, text, condition, instantly):
-    field = program.find("text", "Search Keywords|")
-    field.click()
-    press("ctrl+a")
-    type_text(text)
+    program.enter_text(program.find("text", "Search Keywords|"), text)
     if instantly:
         press("Return")
     count = rows("SELECT COUNT(*) FROM MetaData1 WHERE " + condition)[0][0]
@@ -107,10 +104,15 @@ def check_lookups(program, total):
     program.wait_for_label("Found Records: %d" % total)
 
 
+# The toolkit's own words about windows and cells that went away while the driver looked at them.
+DRIVEN_NOISE = ("qt.qpa.xcb: QXcbConnection: XCB error", "QAccessibleTable::child: Invalid index")
+
+
 def end(program):
     press("ctrl+q")
     check("exit code", program.wait_for_end(), 0)
-    check("what the program said", [line for line in program.errors.splitlines() if line], [])
+    said = [line for line in program.errors.splitlines() if line and not line.startswith(DRIVEN_NOISE)]
+    check("what the program said", said, [])
 
 
 def check_second_start(executable):

@@ -44,9 +44,8 @@ class DatabaseTest : public QObject
 
 private slots:
     void newStoreIsClosed();
-    void newFileIsCreatedWithItsTables();
+    void newFileIsCreatedWithItsTablesAndLargePages();
     void missingFolderIsCreated();
-    void newFileHasLargePages();
     void existingFileKeepsItsPageSize();
     void existingFileIsNotChangedByOpening();
     void emptyPathIsRefused();
@@ -84,7 +83,7 @@ void DatabaseTest::newStoreIsClosed()
     QVERIFY(!QFileInfo::exists(store.filePath()));
 }
 
-void DatabaseTest::newFileIsCreatedWithItsTables()
+void DatabaseTest::newFileIsCreatedWithItsTablesAndLargePages()
 {
     StoreFixture store;
 
@@ -94,6 +93,7 @@ void DatabaseTest::newFileIsCreatedWithItsTables()
     const TestConnection connection(store.filePath());
     QVERIFY(hasValidSchema(connection.connection()));
     QCOMPARE(connection.value("SELECT COUNT(*) FROM sqlite_master WHERE type='index' AND sql NOT NULL").toInt(), 300);
+    QCOMPARE(connection.value("PRAGMA page_size").toInt(), 65536);
 }
 
 void DatabaseTest::missingFolderIsCreated()
@@ -105,15 +105,6 @@ void DatabaseTest::missingFolderIsCreated()
     QVERIFY(database.open());
 
     QVERIFY(QFileInfo::exists(path));
-}
-
-void DatabaseTest::newFileHasLargePages()
-{
-    StoreFixture store;
-
-    QVERIFY(store.database().open());
-
-    QCOMPARE(TestConnection(store.filePath()).value("PRAGMA page_size").toInt(), 65536);
 }
 
 void DatabaseTest::existingFileKeepsItsPageSize()
@@ -234,6 +225,7 @@ void DatabaseTest::openedIsEmittedOnSuccessOnly()
 
     QVERIFY(!store.database().open());
     QVERIFY(QFile::remove(store.filePath()));
+    TestSupport::makeEmptyDatabase(store.filePath());
     QCOMPARE(opened.count(), 0);
     QVERIFY(store.database().open());
 
@@ -250,6 +242,7 @@ void DatabaseTest::openAfterAFailureWorksAndClearsTheError()
     QVERIFY(!store.database().open());
     QVERIFY(!store.database().lastError().isEmpty());
     QVERIFY(QFile::remove(store.filePath()));
+    TestSupport::makeEmptyDatabase(store.filePath());
 
     QVERIFY(store.database().open());
     QVERIFY(store.database().lastError().isEmpty());
@@ -383,6 +376,7 @@ void DatabaseTest::storeIsDestroyedAfterItsThreadHasEnded()
     const MessageRecorder recorder;
     const QTemporaryDir folder;
     QThread thread;
+    TestSupport::makeEmptyDatabase(folder.filePath("store.dat"));
     auto database = std::make_unique<Database>(folder.filePath("store.dat"));
     database->moveToThread(&thread);
     thread.start();
@@ -400,6 +394,7 @@ void DatabaseTest::storeMayLiveInTheCallersThread()
 {
     const MessageRecorder recorder;
     const QTemporaryDir folder;
+    TestSupport::makeEmptyDatabase(folder.filePath("store.dat"));
     {
         Database database(folder.filePath("store.dat"));
         QVERIFY(database.open());
@@ -428,6 +423,7 @@ void DatabaseTest::destroyingAnOpenStoreStopsTheWarmUp()
 void DatabaseTest::pathAndErrorMayBeReadFromAnyThread()
 {
     StoreFixture store;
+    TestSupport::makeEmptyDatabase(store.filePath());
     std::atomic<bool> isDone{ false };
     QFuture<void> reader = QtConcurrent::run([&]() {
         while (!isDone) {

@@ -401,6 +401,7 @@ void DatabaseOperationsTest::repliesEndWhenTheStoreIsDestroyed()
 {
     const QTemporaryDir folder;
     QThread thread;
+    TestSupport::makeEmptyDatabase(folder.filePath("store.dat"));
     auto database = std::make_unique<Database>(folder.filePath("store.dat"));
     database->moveToThread(&thread);
     thread.start();

@@ -55,42 +55,6 @@ void runInWorkerThread(const std::function<void()>& work)
     worker->wait();
 }
 
-// A thread that ends replies the moment it is given them.
-class ReplyEnder
-{
-public:
-    ReplyEnder()
-        : m_thread(QThread::create([this]() { run(); }))
-    {
-        m_thread->start();
-    }
-
-    ~ReplyEnder()
-    {
-        m_isStopping = true;
-        m_thread->wait();
-    }
-    Q_DISABLE_COPY(ReplyEnder)
-
-    void end(OperationReply* reply) { m_next = reply; }
-
-private:
-    void run()
-    {
-        while (!m_isStopping) {
-            OperationReply* reply = m_next.exchange(nullptr);
-            if (reply != nullptr)
-                reply->setError("failed");
-            else
-                QThread::yieldCurrentThread();
-        }
-    }
-
-    std::atomic<OperationReply*> m_next{ nullptr };
-    std::atomic<bool> m_isStopping{ false };
-    std::unique_ptr<QThread> m_thread;
-};
-
 void callEveryMethod(OperationReply& reply)
 {
     reply.setProgress(1, 2);
@@ -520,11 +484,10 @@ void OperationReplyTest::replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerRepo
 void OperationReplyTest::replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerReports()
 {
     QFETCH(bool, isDeletedOnError);
-    constexpr int count = 5000;
+    constexpr int count = 20000;
     const TestSupport::MessageRecorder recorder;
-    ReplyEnder ender;
+    QVector<OperationReply*> replies;
     int deleted = 0;
-
     for (int index = 0; index < count; ++index) {
         auto* reply = new OperationReply;
         const auto deleteReply = [reply, &deleted]() {
@@ -535,10 +498,16 @@ void OperationReplyTest::replyMayBeDeletedInsideItsLastSignalsWhileTheWorkerRepo
             connect(reply, &OperationReply::error, reply, deleteReply);
         else
             connect(reply, &OperationReply::finished, reply, deleteReply);
-        ender.end(reply);
-        while (deleted == index)
-            QCoreApplication::sendPostedEvents();
+        replies.append(reply);
     }
+
+    QFuture<void> worker = QtConcurrent::run([&replies]() {
+        for (OperationReply* reply : qAsConst(replies))
+            reply->setError("failed");
+    });
+    while (deleted < count)
+        QCoreApplication::sendPostedEvents();
+    worker.waitForFinished();
 
     QCOMPARE(deleted, count);
     QCOMPARE(recorder.messages(), QStringList());

@@ -58,6 +58,7 @@ private slots:
     void failedRecordsAreReturnedInOrderAndOthersWritten();
     void brokenTableIsAnUnknownError();
     void writerOpensNoTransaction();
+    void nothingIsWrittenAfterTheTransactionIsLost();
 
 private:
     MetaDataList write(const MetaDataList& items, qint64 scanTimestamp = laterScan, bool lookupByFilePath = false)
@@ -275,6 +276,23 @@ void RecordWriterTest::writerOpensNoTransaction()
     QCOMPARE(m_fixture->execute("ROLLBACK"), QString());
 
     QCOMPARE(rowsCount(), 1);
+}
+
+// SQLite gives up the transaction when the disk is full; what is written then would stay although the operation fails.
+void RecordWriterTest::nothingIsWrittenAfterTheTransactionIsLost()
+{
+    MetaData huge = sampleRecord("/huge.wav");
+    huge.setDescription(QString(1000000, 'x'));
+    const int pageCount = m_fixture->value("PRAGMA page_count").toInt();
+    QCOMPARE(m_fixture->execute("PRAGMA max_page_count=" + QString::number(pageCount + 5)), QString());
+    QCOMPARE(m_fixture->execute("BEGIN TRANSACTION"), QString());
+
+    const MetaDataList failedItems = write({ sampleRecord("/a.wav"), huge, sampleRecord("/b.wav") });
+
+    QCOMPARE(failedItems.size(), 2);
+    QCOMPARE(failedItems.first().error(), QStringLiteral("Unknown database error"));
+    QCOMPARE(failedItems.last().error(), QStringLiteral("Unknown database error"));
+    QCOMPARE(rowsCount(), 0);
 }
 
 QTEST_GUILESS_MAIN(RecordWriterTest)

@@ -64,6 +64,12 @@ std::unique_ptr<OperationReply> TestSupport::await(OperationReply* reply)
     return std::unique_ptr<OperationReply>(reply);
 }
 
+void TestSupport::makeEmptyDatabase(const QString& filePath)
+{
+    if (!QFile::copy(templateFilePath(), filePath))
+        qFatal("Cannot make %s", qPrintable(filePath));
+}
+
 MetaData TestSupport::sampleRecord(const QString& filePath)
 {
     const QFileInfo file(filePath);
@@ -107,8 +113,8 @@ void TestSupport::StoreFixture::destroy()
 
 void TestSupport::StoreFixture::open()
 {
-    if (!QFileInfo::exists(filePath()) && !QFile::copy(templateFilePath(), filePath()))
-        qFatal("Cannot prepare %s", qPrintable(filePath()));
+    if (!QFileInfo::exists(filePath()))
+        makeEmptyDatabase(filePath());
     if (!m_database->open())
         qFatal("Cannot open the store: %s", qPrintable(m_database->lastError()));
 }

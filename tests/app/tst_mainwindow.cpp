@@ -1,0 +1,548 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What the main window does by itself: views, lookup, counters, tables, its state, its start and its end.
+#include "tests/app/windowfixture.h"
+
+#include "browse/metadatamodel.h"
+#include "store/database.h"
+#include "store/operationreply.h"
+#include "tests/support/messagerecorder.h"
+#include "tests/support/testsupport.h"
+#include "ui/pixmapwidget.h"
+#include "ui/settings.h"
+#include "ui/warrantydisclaimerdialog.h"
+
+#include <QDir>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSettings>
+#include <QSlider>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QtTest>
+
+namespace {
+
+QString found(int rows)
+{
+    return QStringLiteral("Found Records: %1").arg(rows);
+}
+
+QVariant storedValue(const WindowFixture& fixture, const char* key)
+{
+    const QSettings settings(fixture.dataFile(QStringLiteral("Settings.ini")), QSettings::IniFormat);
+    return settings.value(QLatin1String("MainWindow/") + QLatin1String(key));
+}
+
+// Changes the catalogue from outside.
+void execute(const WindowFixture& fixture, const QString& statement)
+{
+    const QString name = QStringLiteral("Outside");
+    {
+        QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        connection.setDatabaseName(fixture.databaseFile());
+        QVERIFY(connection.open());
+        QVERIFY(QSqlQuery(connection).exec(statement));
+    }
+    QSqlDatabase::removeDatabase(name);
+}
+
+QAction* tableAction(WindowFixture& fixture, int tableId)
+{
+    return fixture.child<QAction>("openTableAction")->menu()->actions().at(tableId - 1);
+}
+
+void selectRows(MetaDataView& view, int count)
+{
+    const QItemSelection rows(view.model()->index(0, 0), view.model()->index(count - 1, 0));
+    view.selectionModel()->select(rows, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+}
+
+} // namespace
+
+class MainWindowTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void countersAreEmptyUntilTheCountIsKnown();
+    void countersShowRowsAndSelection();
+    void viewButtonsChooseTheRows();
+    void typedLookupIsAppliedAfterAPause();
+    void returnAppliesTheLookupAtOnce();
+    void filePathLookupFindsFolders();
+    void requeryShowsWhatChanged();
+    void laterRequeryFollowsSoon();
+    void openingATableShowsItsRowsAndRemembersIt();
+    void titleAndMenuShowTableNames();
+    void hintIsShownOverAnEmptyTableOnly();
+    void busySpriteFollowsProcessing();
+    void rowThatWasLookedUpBecomesCurrentAndVisible();
+    void failedRowLookupSelectsNothing();
+    void defaultsWithoutSettings();
+    void stateSurvivesARestart();
+    void impossibleSettingsAreBounded();
+    void stateIsSavedSoonAfterAChange();
+    void stateIsSavedWhenTheApplicationQuits();
+    void closingEndsTheStore();
+    void closingDuringAQueryEndsTheStore();
+    void destroyingWithoutClosingEndsTheStore();
+    void acceptedDisclaimerIsRemembered();
+    void rejectedDisclaimerQuits();
+    void damagedDatabaseIsAskedAbout();
+    void declinedQuestionLeavesTheDatabaseClosed();
+    void acceptedQuestionMovesTheFileAway();
+};
+
+void MainWindowTest::countersAreEmptyUntilTheCountIsKnown()
+{
+    WindowFixture fixture;
+
+    fixture.build();
+
+    QCOMPARE(fixture.counters(), QString());
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+}
+
+void MainWindowTest::countersShowRowsAndSelection()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+
+    selectRows(fixture.view(), 3);
+    QCOMPARE(fixture.counters(), found(sampleRows) + QStringLiteral(" (3 selected)"));
+
+    selectRows(fixture.view(), sampleRows);
+    QCOMPARE(fixture.counters(), found(sampleRows));
+
+    fixture.view().clearSelection();
+    QCOMPARE(fixture.counters(), found(sampleRows));
+}
+
+void MainWindowTest::viewButtonsChooseTheRows()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+
+    QTest::mouseClick(fixture.child<QPushButton>("viewLastScannedButton"), Qt::LeftButton);
+    QTRY_COMPARE(fixture.counters(), found(lastScannedSampleRows));
+
+    QTest::mouseClick(fixture.child<QPushButton>("viewPlaylistButton"), Qt::LeftButton);
+    QTRY_COMPARE(fixture.counters(), found(playlistSampleRows));
+
+    QTest::mouseClick(fixture.child<QPushButton>("viewAllButton"), Qt::LeftButton);
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+}
+
+void MainWindowTest::typedLookupIsAppliedAfterAPause()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+
+    QTest::keyClicks(fixture.child<QLineEdit>("lookupEdit"), QStringLiteral("bell"));
+
+    QVERIFY(!fixture.view().metaDataModel()->isProcessing());
+    QTRY_COMPARE(fixture.counters(), found(sampleRows / 3));
+    fixture.child<QLineEdit>("lookupEdit")->clear();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+}
+
+void MainWindowTest::returnAppliesTheLookupAtOnce()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    auto* edit = fixture.child<QLineEdit>("lookupEdit");
+    QTest::keyClicks(edit, QStringLiteral("bell"));
+
+    QTest::keyClick(edit, Qt::Key_Return);
+
+    QVERIFY(fixture.view().metaDataModel()->isProcessing());
+    QTRY_COMPARE(fixture.counters(), found(sampleRows / 3));
+}
+
+void MainWindowTest::filePathLookupFindsFolders()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTest::keyClicks(fixture.child<QLineEdit>("lookupEdit"), QStringLiteral("harbour"));
+    QTRY_COMPARE(fixture.counters(), found(0));
+
+    fixture.child<QAction>("filePathLookupAction")->trigger();
+
+    QTRY_COMPARE(fixture.counters(), found(sampleRows / 2));
+}
+
+void MainWindowTest::requeryShowsWhatChanged()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    execute(fixture, QStringLiteral("DELETE FROM MetaData1 WHERE playlist=1"));
+
+    fixture.window().requery();
+
+    QTRY_COMPARE(fixture.counters(), found(sampleRows - playlistSampleRows));
+}
+
+void MainWindowTest::laterRequeryFollowsSoon()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    QSignalSpy requeried(&fixture.view(), &MetaDataView::requeried);
+
+    fixture.window().requeryLater();
+    fixture.window().requeryLater();
+
+    QCOMPARE(requeried.count(), 0);
+    QVERIFY(requeried.wait());
+    QTRY_VERIFY(!fixture.view().metaDataModel()->isProcessing());
+    QCOMPARE(requeried.count(), 1);
+}
+
+void MainWindowTest::openingATableShowsItsRowsAndRemembersIt()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QCOMPARE(fixture.window().windowTitle(), QStringLiteral("Vellumcast - Table1"));
+
+    tableAction(fixture, 3)->trigger();
+
+    QCOMPARE(fixture.window().windowTitle(), QStringLiteral("Vellumcast - Table3"));
+    QTRY_COMPARE(fixture.counters(), found(rowsOfTable3));
+    fixture.close();
+    QCOMPARE(storedValue(fixture, "tableId").toInt(), 3);
+}
+
+void MainWindowTest::titleAndMenuShowTableNames()
+{
+    WindowFixture fixture;
+    execute(fixture,
+        QStringLiteral("INSERT INTO Settings (key, value) "
+                       "VALUES ('tableDisplayNames', CAST('Doors & <b>Bells</b>;;Gamma' AS BLOB))"));
+
+    fixture.start();
+
+    QTRY_COMPARE(fixture.window().windowTitle(), QStringLiteral("Vellumcast - Doors & <b>Bells</b>"));
+    QCOMPARE(tableAction(fixture, 1)->text(), QStringLiteral("Doors && <b>Bells</b>"));
+    QCOMPARE(tableAction(fixture, 2)->text(), QStringLiteral("Table2"));
+    QCOMPARE(tableAction(fixture, 3)->text(), QStringLiteral("Gamma"));
+    QCOMPARE(tableAction(fixture, 15)->text(), QStringLiteral("Table15"));
+}
+
+void MainWindowTest::hintIsShownOverAnEmptyTableOnly()
+{
+    WindowFixture fixture;
+    fixture.start();
+    auto* hint = fixture.child<QLabel>("emptyTableHint");
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    QVERIFY(!hint->isVisible());
+
+    // Rows there are, only none of these.
+    fixture.view().setTableId(3);
+    QTest::mouseClick(fixture.child<QPushButton>("viewPlaylistButton"), Qt::LeftButton);
+    QTRY_COMPARE(fixture.counters(), found(rowsOfTable3));
+    QTest::keyClicks(fixture.child<QLineEdit>("lookupEdit"), QStringLiteral("nowhere"));
+    QTRY_COMPARE(fixture.counters(), found(0));
+    QVERIFY(!hint->isVisible());
+
+    fixture.child<QLineEdit>("lookupEdit")->clear();
+    QTest::mouseClick(fixture.child<QPushButton>("viewAllButton"), Qt::LeftButton);
+    fixture.view().setTableId(4);
+    QTRY_VERIFY(hint->isVisible());
+    // The table gets the mouse and what is dropped.
+    QWidget* viewport = fixture.view().viewport();
+    QVERIFY(!viewport->childAt(viewport->rect().center()));
+    const QImage withHint = viewport->grab().toImage();
+    hint->hide();
+    QVERIFY(viewport->grab().toImage() != withHint);
+}
+
+void MainWindowTest::busySpriteFollowsProcessing()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    const auto* sprite = fixture.child<PixmapWidget>("progressIconWidget");
+    QTRY_VERIFY(!sprite->isPictureVisible());
+    QCOMPARE(sprite->frameSize(), QSize(20, 20));
+
+    emit fixture.view().processingStarted();
+    QVERIFY(!sprite->isPictureVisible());
+    QTRY_VERIFY(sprite->isPictureVisible());
+
+    emit fixture.view().processingFinished();
+    QTRY_VERIFY(!sprite->isPictureVisible());
+}
+
+void MainWindowTest::rowThatWasLookedUpBecomesCurrentAndVisible()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    const int row = sampleRows - 2;
+    const QString statement = QStringLiteral("SELECT id FROM MetaData1 ORDER BY filePath LIMIT 1 OFFSET %1");
+    const auto id = TestSupport::firstValue(fixture.databaseFile(), statement.arg(row)).toLongLong();
+    QVERIFY(!fixture.view().viewport()->rect().intersects(
+        fixture.view().visualRect(fixture.view().model()->index(row, 0))));
+
+    OperationReply* reply = fixture.view().metaDataModel()->lookupRow(id);
+    connect(reply, &OperationReply::finished, &fixture.window(), &MainWindow::finalizeRowLookup);
+
+    QTRY_COMPARE(fixture.view().currentIndex().row(), row);
+    QVERIFY(fixture.view().viewport()->rect().intersects(fixture.view().visualRect(fixture.view().currentIndex())));
+}
+
+void MainWindowTest::failedRowLookupSelectsNothing()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    OperationReply* reply = fixture.view().metaDataModel()->lookupRow(123456789);
+    QSignalSpy destroyed(reply, &QObject::destroyed);
+
+    connect(reply, &OperationReply::finished, &fixture.window(), &MainWindow::finalizeRowLookup);
+
+    QVERIFY(destroyed.wait());
+    QVERIFY(!fixture.view().currentIndex().isValid());
+}
+
+void MainWindowTest::defaultsWithoutSettings()
+{
+    WindowFixture fixture;
+
+    fixture.start();
+
+    QCOMPARE(fixture.view().tableId(), 1);
+    QCOMPARE(fixture.child<QSlider>("playbackVolumeSlider")->value(), 100);
+    QVERIFY(!fixture.child<QPushButton>("autoPlayButton")->isChecked());
+    QVERIFY(!fixture.child<QAction>("filePathLookupAction")->isChecked());
+}
+
+void MainWindowTest::stateSurvivesARestart()
+{
+    WindowFixture fixture;
+    Settings(QStringLiteral("MainWindow")).setValue(QStringLiteral("playbackVolume"), 0.37);
+    Settings(QStringLiteral("MainWindow")).setValue(QStringLiteral("workFolderPath"), QStringLiteral("/work"));
+    fixture.start();
+    tableAction(fixture, 3)->trigger();
+    fixture.child<QPushButton>("autoPlayButton")->setChecked(true);
+    fixture.child<QAction>("filePathLookupAction")->setChecked(true);
+    fixture.view().columnsMenu()->actions().at(MetaDataModel::DurationColumn)->trigger();
+    fixture.view().sortByColumn(MetaDataModel::RatingColumn, Qt::DescendingOrder);
+    fixture.window().resize(1300, 500);
+    QTRY_COMPARE(fixture.window().size(), QSize(1300, 500));
+
+    fixture.close();
+    fixture.start();
+
+    QCOMPARE(fixture.view().tableId(), 3);
+    QTRY_COMPARE(fixture.counters(), found(rowsOfTable3));
+    QCOMPARE(fixture.child<QSlider>("playbackVolumeSlider")->value(), 37);
+    QVERIFY(fixture.child<QPushButton>("autoPlayButton")->isChecked());
+    QVERIFY(fixture.child<QAction>("filePathLookupAction")->isChecked());
+    QVERIFY(fixture.view().isColumnHidden(MetaDataModel::DurationColumn));
+    QVERIFY(!fixture.view().columnsMenu()->actions().at(MetaDataModel::DurationColumn)->isChecked());
+    QCOMPARE(fixture.view().horizontalHeader()->sortIndicatorSection(), int(MetaDataModel::RatingColumn));
+    QCOMPARE(fixture.view().horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
+    QCOMPARE(fixture.window().size(), QSize(1300, 500));
+    fixture.close();
+    QCOMPARE(storedValue(fixture, "playbackVolume").toDouble(), 0.37);
+    QCOMPARE(storedValue(fixture, "workFolderPath").toString(), QStringLiteral("/work"));
+}
+
+void MainWindowTest::impossibleSettingsAreBounded()
+{
+    WindowFixture fixture;
+    Settings settings(QStringLiteral("MainWindow"));
+    settings.setValue(QStringLiteral("tableId"), 99);
+    settings.setValue(QStringLiteral("playbackVolume"), 7.5);
+    settings.setValue(QStringLiteral("metaDataViewHeaderState"), QByteArray("nonsense"));
+
+    fixture.start();
+
+    QCOMPARE(fixture.view().tableId(), 15);
+    QCOMPARE(fixture.child<QSlider>("playbackVolumeSlider")->value(), 100);
+    QTRY_COMPARE(fixture.counters(), found(0));
+}
+
+void MainWindowTest::stateIsSavedSoonAfterAChange()
+{
+    WindowFixture fixture;
+    fixture.start();
+    const Settings settings(QStringLiteral("MainWindow"));
+    QVERIFY(!settings.contains(QStringLiteral("filePathLookupEnabled")));
+
+    fixture.child<QAction>("filePathLookupAction")->trigger();
+
+    QVERIFY(!settings.contains(QStringLiteral("filePathLookupEnabled")));
+    QTRY_COMPARE(settings.value(QStringLiteral("filePathLookupEnabled")).toBool(), true);
+    tableAction(fixture, 7)->trigger();
+    QTRY_COMPARE(settings.value(QStringLiteral("tableId")).toInt(), 7);
+}
+
+void MainWindowTest::stateIsSavedWhenTheApplicationQuits()
+{
+    WindowFixture fixture;
+    MainWindow& window = fixture.start();
+    const Settings settings(QStringLiteral("MainWindow"));
+    tableAction(fixture, 3)->trigger();
+
+    QTimer::singleShot(0, &window, &QCoreApplication::quit);
+    QApplication::exec();
+
+    QCOMPARE(settings.value(QStringLiteral("tableId")).toInt(), 3);
+}
+
+void MainWindowTest::closingEndsTheStore()
+{
+    WindowFixture fixture;
+    MainWindow& window = fixture.start();
+    QVERIFY(window.isDatabaseOpened());
+    const TestSupport::MessageRecorder log;
+
+    QVERIFY(window.close());
+
+    QVERIFY(!window.isDatabaseOpened());
+    QVERIFY(!window.isVisible());
+    QCOMPARE(QSqlDatabase::connectionNames(), QStringList());
+    QCOMPARE(log.messages(), QStringList());
+}
+
+void MainWindowTest::closingDuringAQueryEndsTheStore()
+{
+    WindowFixture fixture;
+    MainWindow& window = fixture.start();
+    const TestSupport::MessageRecorder log;
+    fixture.view().setLookup(QStringLiteral("bell"), true);
+    tableAction(fixture, 3)->trigger();
+
+    QVERIFY(window.close());
+
+    QVERIFY(!window.isDatabaseOpened());
+    QCOMPARE(log.messages(QtCriticalMsg), QStringList());
+}
+
+void MainWindowTest::destroyingWithoutClosingEndsTheStore()
+{
+    Settings::setFileName(QString());
+    {
+        WindowFixture fixture;
+        const TestSupport::MessageRecorder log;
+        {
+            const MainWindow window;
+            QVERIFY(window.isDatabaseOpened());
+        }
+        QCOMPARE(log.messages(), QStringList());
+    }
+    QCOMPARE(QSqlDatabase::connectionNames(), QStringList());
+}
+
+void MainWindowTest::acceptedDisclaimerIsRemembered()
+{
+    WindowFixture fixture;
+    Settings settings(QStringLiteral("WarrantyDisclaimer"));
+    settings.setValue(QStringLiteral("accepted"), false);
+    fixture.build();
+    int shown = 0;
+    whenModal<WarrantyDisclaimerDialog>(&fixture.window(), [&shown](WarrantyDisclaimerDialog& dialog) {
+        ++shown;
+        dialog.accept();
+    });
+
+    fixture.window().showWarrantyDisclaimerDialog();
+
+    QCOMPARE(shown, 1);
+    QVERIFY(settings.value(QStringLiteral("accepted")).toBool());
+    // A second dialog would wait for an answer that nobody gives.
+    fixture.window().showWarrantyDisclaimerDialog();
+}
+
+void MainWindowTest::rejectedDisclaimerQuits()
+{
+    WindowFixture fixture;
+    Settings settings(QStringLiteral("WarrantyDisclaimer"));
+    settings.setValue(QStringLiteral("accepted"), false);
+    MainWindow& window = fixture.build();
+    whenModal<WarrantyDisclaimerDialog>(
+        &window, [](WarrantyDisclaimerDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
+    window.showWindow();
+
+    QCOMPARE(QApplication::exec(), 0);
+
+    QVERIFY(!settings.value(QStringLiteral("accepted")).toBool());
+}
+
+void MainWindowTest::damagedDatabaseIsAskedAbout()
+{
+    WindowFixture fixture;
+    TestSupport::writeFile(fixture.databaseFile(), "damaged");
+    const TestSupport::MessageRecorder log;
+    QStringList texts;
+    whenModal<QMessageBox>(QCoreApplication::instance(), [&texts](QMessageBox& box) {
+        texts = QStringList({ box.windowTitle(), box.text(), box.informativeText(), box.defaultButton()->text() });
+        QCOMPARE(box.icon(), QMessageBox::Critical);
+        QCOMPARE(box.textFormat(), Qt::PlainText);
+        QCOMPARE(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
+        box.button(QMessageBox::No)->click();
+    });
+
+    fixture.build();
+
+    QCOMPARE(texts.value(0), QStringLiteral("Database Error"));
+    QCOMPARE(texts.value(1),
+        QStringLiteral("Unable to open existing database file.\nDo you want to re-initialize database?"));
+    QCOMPARE(texts.value(2),
+        QStringLiteral("This operation will create new empty database file and all your previously entered information "
+                       "will be erased.\n\nIf you have created a backup of your database please restore it after "
+                       "completing this operation, otherwise you will have to re-scan your files."));
+    QVERIFY2(texts.value(3).contains(QStringLiteral("No")), qPrintable(texts.value(3)));
+    // What the store said is kept beside the question.
+    QCOMPARE(log.messages(QtCriticalMsg).size(), 1);
+}
+
+void MainWindowTest::declinedQuestionLeavesTheDatabaseClosed()
+{
+    WindowFixture fixture;
+    TestSupport::writeFile(fixture.databaseFile(), "damaged");
+    const TestSupport::MessageRecorder log;
+    whenModal<QMessageBox>(
+        QCoreApplication::instance(), [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
+
+    MainWindow& window = fixture.build();
+
+    QVERIFY(!window.isDatabaseOpened());
+    QCOMPARE(QFileInfo(fixture.databaseFile()).size(), qint64(7));
+    QVERIFY(!QDir(fixture.dataFile(QStringLiteral("Backup"))).exists());
+}
+
+void MainWindowTest::acceptedQuestionMovesTheFileAway()
+{
+    WindowFixture fixture;
+    execute(fixture, QStringLiteral("DROP TABLE MetaData15"));
+    const TestSupport::MessageRecorder log;
+    whenModal<QMessageBox>(
+        QCoreApplication::instance(), [](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
+
+    MainWindow& window = fixture.build();
+
+    QVERIFY(window.isDatabaseOpened());
+    QTRY_COMPARE(fixture.counters(), found(0));
+    QCOMPARE(log.messages(QtCriticalMsg), QStringList(QStringLiteral("Invalid database structure")));
+    const QDir backup(fixture.dataFile(QStringLiteral("Backup")));
+    const QString folder = backup.entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    const QString moved = backup.filePath(folder + QStringLiteral("/VellumcastDB.dat"));
+    const QString count = QStringLiteral("SELECT COUNT(*) FROM MetaData1");
+    QCOMPARE(TestSupport::firstValue(moved, count).toInt(), sampleRows);
+}
+
+QTEST_MAIN(MainWindowTest)
+
+#include "tst_mainwindow.moc"

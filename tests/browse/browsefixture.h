@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "browse/metadatamodel.h"
+#include "tests/support/storefixture.h"
+
+#include <QSemaphore>
+
+namespace TestSupport {
+
+/// Puts this many rows into an empty table, a million within some seconds. Row i (from 0) has the path of
+/// `filledPath(tableId, i)`, the description "Sound i", the library "Library n" with n = i modulo 100 and the rating i
+/// modulo 1000; every 1000th row is on the playlist. Fails the program when the rows are refused.
+void fillTable(StoreFixture& store, int tableId, int rows);
+
+/// The path of a row written by `fillTable()`; paths sort as the rows do.
+QString filledPath(int tableId, int row);
+
+/// Waits until the model has nothing under way and knows its count; false after a long time.
+bool settles(const MetaDataModel& model);
+
+/// The text that the model shows.
+QString textAt(const MetaDataModel& model, int row, int column);
+
+/// Keeps the store's thread busy while it lives, so that what is requested meanwhile stays unanswered.
+///
+/// Owner and thread: one test. Nothing may wait for the store before the hold is released.
+class StoreHold final
+{
+public:
+    explicit StoreHold(StoreFixture& store);
+    ~StoreHold();
+    Q_DISABLE_COPY(StoreHold)
+
+    void release();
+
+private:
+    std::shared_ptr<QSemaphore> m_released = std::make_shared<QSemaphore>();
+    bool m_isReleased = false;
+};
+
+} // namespace TestSupport

@@ -1,0 +1,366 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "browse/metadatamodel.h"
+#include "browse/metadataview.h"
+#include "tests/browse/browsefixture.h"
+
+#include <QScrollBar>
+#include <QtTest>
+
+#include <algorithm>
+
+using TestSupport::fillTable;
+using TestSupport::settles;
+
+namespace {
+
+constexpr int tableId = 1;
+
+void select(MetaDataView& view, int firstRow, int lastRow)
+{
+    const QItemSelection rows(view.model()->index(firstRow, 0), view.model()->index(lastRow, 0));
+    view.selectionModel()->select(rows, QItemSelectionModel::Select | QItemSelectionModel::Rows);
+}
+
+QList<int> selectedRows(const MetaDataView& view)
+{
+    QList<int> rows;
+    const QModelIndexList indexes = view.selectionModel()->selectedRows();
+    for (const QModelIndex& index : indexes)
+        rows.append(index.row());
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+// Until the model is at rest and all that it queued for the view has been delivered.
+bool comesToRest(const MetaDataView& view)
+{
+    if (!settles(*view.metaDataModel()))
+        return false;
+    QCoreApplication::sendPostedEvents();
+    return settles(*view.metaDataModel());
+}
+
+} // namespace
+
+class MetaDataViewSelectionTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void cleanupTestCase();
+    void requeryKeepsTheCurrentRow();
+    void requeryKeepsTheSelectedRowsWhenAsked();
+    void selectionSurvivesAChangedCount();
+    void vanishedRowsAreNotSelected();
+    void vanishedCurrentRowIsNotCurrent();
+    void restoredRowIsForgottenOnceTheCountIsKnown();
+    void failedRequeryForgetsTheSavedRow();
+    void secondRequeryKeepsWhatTheFirstSaved();
+    void restoringIsToldApartFromTheUser();
+    void requeryWithoutACurrentRowScrollsToTheTop();
+    void requeryWithACurrentRowKeepsThePosition();
+    void lookupScrollsToTheTop();
+    void rowsChosenBeforeTheCountIsKnownStayChosen_data();
+    void rowsChosenBeforeTheCountIsKnownStayChosen();
+    void countLeavesAScrolledViewWhereItIs();
+    void storeTakenAwayForgetsTheSelection();
+    void selectedRowsAreCountedByRanges();
+
+private:
+    void deleteRowsFrom(int firstRow);
+    // Keeps the store from counting once the next first page has come; holds nothing before.
+    std::shared_ptr<std::unique_ptr<TestSupport::StoreHold>> holdTheNextCount();
+
+    std::unique_ptr<TestSupport::StoreFixture> m_store;
+    std::unique_ptr<MetaDataView> m_view;
+};
+
+void MetaDataViewSelectionTest::initTestCase()
+{
+    m_store = std::make_unique<TestSupport::StoreFixture>();
+    m_store->open();
+}
+
+void MetaDataViewSelectionTest::init()
+{
+    fillTable(*m_store, tableId, 1000);
+    m_view = std::make_unique<MetaDataView>();
+    m_view->resize(1000, 400);
+    m_view->setDatabase(&m_store->database(), tableId);
+    m_view->show();
+    QVERIFY(comesToRest(*m_view));
+}
+
+void MetaDataViewSelectionTest::cleanup()
+{
+    m_view.reset();
+    QCOMPARE(m_store->execute("DELETE FROM MetaData1"), QString());
+}
+
+void MetaDataViewSelectionTest::cleanupTestCase()
+{
+    m_store.reset();
+}
+
+void MetaDataViewSelectionTest::deleteRowsFrom(int firstRow)
+{
+    const QString statement = QStringLiteral("DELETE FROM MetaData1 WHERE description IN (SELECT description FROM "
+                                             "MetaData1 ORDER BY filePath LIMIT -1 OFFSET %1)");
+    QCOMPARE(m_store->execute(statement.arg(firstRow)), QString());
+}
+
+std::shared_ptr<std::unique_ptr<TestSupport::StoreHold>> MetaDataViewSelectionTest::holdTheNextCount()
+{
+    auto hold = std::make_shared<std::unique_ptr<TestSupport::StoreHold>>();
+    connect(m_view.get(), &MetaDataView::requeried, m_view.get(),
+        [this, hold]() { *hold = std::make_unique<TestSupport::StoreHold>(*m_store); });
+    return hold;
+}
+
+void MetaDataViewSelectionTest::requeryKeepsTheCurrentRow()
+{
+    m_view->setCurrentIndex(m_view->model()->index(700, 2));
+    select(*m_view, 10, 12);
+
+    m_view->requery();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->currentIndex(), m_view->model()->index(700, 2));
+    QCOMPARE(selectedRows(*m_view), QList<int>{ 700 });
+}
+
+void MetaDataViewSelectionTest::requeryKeepsTheSelectedRowsWhenAsked()
+{
+    m_view->setCurrentIndex(m_view->model()->index(12, 0));
+    select(*m_view, 10, 12);
+    select(*m_view, 500, 501);
+
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->currentIndex().row(), 12);
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 10, 11, 12, 500, 501 }));
+}
+
+void MetaDataViewSelectionTest::selectionSurvivesAChangedCount()
+{
+    QSignalSpy resets(m_view->model(), &QAbstractItemModel::modelReset);
+    m_view->setCurrentIndex(m_view->model()->index(101, 0));
+    select(*m_view, 100, 102);
+
+    deleteRowsFrom(900);
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(resets.count(), 2);
+    QCOMPARE(m_view->model()->rowCount(), 900);
+    QCOMPARE(m_view->currentIndex().row(), 101);
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 100, 101, 102 }));
+}
+
+void MetaDataViewSelectionTest::vanishedRowsAreNotSelected()
+{
+    m_view->setCurrentIndex(m_view->model()->index(97, 0));
+    select(*m_view, 97, 102);
+    select(*m_view, 800, 810);
+
+    deleteRowsFrom(100);
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->model()->rowCount(), 100);
+    QCOMPARE(m_view->currentIndex().row(), 97);
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 97, 98, 99 }));
+}
+
+void MetaDataViewSelectionTest::vanishedCurrentRowIsNotCurrent()
+{
+    m_view->setCurrentIndex(m_view->model()->index(800, 0));
+
+    deleteRowsFrom(10);
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->model()->rowCount(), 10);
+    QVERIFY(!m_view->currentIndex().isValid());
+    QCOMPARE(selectedRows(*m_view), QList<int>());
+}
+
+void MetaDataViewSelectionTest::restoredRowIsForgottenOnceTheCountIsKnown()
+{
+    m_view->setCurrentIndex(m_view->model()->index(700, 0));
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+    m_view->setCurrentIndex(m_view->model()->index(3, 0));
+
+    m_view->sortByColumn(MetaDataModel::FileNameColumn, Qt::AscendingOrder);
+    QVERIFY(comesToRest(*m_view));
+
+    QVERIFY(!m_view->currentIndex().isValid());
+    QCOMPARE(m_view->verticalScrollBar()->value(), 0);
+}
+
+void MetaDataViewSelectionTest::failedRequeryForgetsTheSavedRow()
+{
+    m_view->setLookup("a\"b", true);
+    QVERIFY(comesToRest(*m_view));
+    m_view->setCurrentIndex(m_view->model()->index(700, 0));
+    QSignalSpy finished(m_view.get(), &MetaDataView::processingFinished);
+    m_view->requery(true);
+    QVERIFY(finished.wait());
+    QVERIFY(comesToRest(*m_view));
+
+    m_view->setLookup("sound", true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->model()->rowCount(), 1000);
+    QVERIFY(!m_view->currentIndex().isValid());
+}
+
+void MetaDataViewSelectionTest::secondRequeryKeepsWhatTheFirstSaved()
+{
+    m_view->setCurrentIndex(m_view->model()->index(11, 0));
+    select(*m_view, 10, 12);
+    TestSupport::StoreHold hold(*m_store);
+
+    m_view->requery(true);
+    m_view->requery(false);
+    hold.release();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->currentIndex().row(), 11);
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 10, 11, 12 }));
+}
+
+void MetaDataViewSelectionTest::restoringIsToldApartFromTheUser()
+{
+    QList<bool> restoring;
+    connect(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged, m_view.get(),
+        [&]() { restoring.append(m_view->isRestoringSelection()); });
+
+    m_view->setCurrentIndex(m_view->model()->index(11, 0));
+    QCOMPARE(restoring, QList<bool>{ false });
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->currentIndex().row(), 11);
+    QCOMPARE(restoring.count(false), 1);
+    QVERIFY(restoring.contains(true));
+    QVERIFY(!m_view->isRestoringSelection());
+}
+
+void MetaDataViewSelectionTest::requeryWithoutACurrentRowScrollsToTheTop()
+{
+    m_view->verticalScrollBar()->setValue(500);
+
+    m_view->requery();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->verticalScrollBar()->value(), 0);
+}
+
+void MetaDataViewSelectionTest::requeryWithACurrentRowKeepsThePosition()
+{
+    m_view->setCurrentIndex(m_view->model()->index(500, 0));
+    m_view->verticalScrollBar()->setValue(495);
+
+    m_view->requery();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->verticalScrollBar()->value(), 495);
+}
+
+void MetaDataViewSelectionTest::lookupScrollsToTheTop()
+{
+    m_view->setCurrentIndex(m_view->model()->index(500, 0));
+    QVERIFY(m_view->verticalScrollBar()->value() > 0);
+
+    m_view->setLookup("sound", true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->verticalScrollBar()->value(), 0);
+    QVERIFY(!m_view->currentIndex().isValid());
+}
+
+void MetaDataViewSelectionTest::rowsChosenBeforeTheCountIsKnownStayChosen_data()
+{
+    QTest::addColumn<bool>("withSavedRow");
+
+    QTest::newRow("after a lookup") << false;
+    QTest::newRow("after a requery that saved another row") << true;
+}
+
+void MetaDataViewSelectionTest::rowsChosenBeforeTheCountIsKnownStayChosen()
+{
+    QFETCH(bool, withSavedRow);
+    const auto hold = holdTheNextCount();
+    if (withSavedRow) {
+        m_view->setCurrentIndex(m_view->model()->index(80, 0));
+        deleteRowsFrom(900);
+        m_view->requery(true);
+    } else {
+        m_view->setLookup("sound 1", true);
+    }
+    QTRY_VERIFY(*hold);
+    QCoreApplication::sendPostedEvents();
+    QVERIFY(!m_view->metaDataModel()->isRowsCountActual());
+
+    m_view->setCurrentIndex(m_view->model()->index(3, 1));
+    select(*m_view, 5, 6);
+    (*hold)->release();
+    QVERIFY(comesToRest(*m_view));
+
+    QVERIFY(m_view->model()->rowCount() < 1000);
+    QCOMPARE(m_view->currentIndex(), m_view->model()->index(3, 1));
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 3, 5, 6 }));
+}
+
+void MetaDataViewSelectionTest::countLeavesAScrolledViewWhereItIs()
+{
+    const auto hold = holdTheNextCount();
+    m_view->setCurrentIndex(m_view->model()->index(3, 0));
+    deleteRowsFrom(900);
+    m_view->requery();
+    QTRY_VERIFY(*hold);
+    QCoreApplication::sendPostedEvents();
+
+    m_view->verticalScrollBar()->setValue(300);
+    (*hold)->release();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->model()->rowCount(), 900);
+    QCOMPARE(m_view->currentIndex().row(), 3);
+    QCOMPARE(m_view->verticalScrollBar()->value(), 300);
+}
+
+void MetaDataViewSelectionTest::storeTakenAwayForgetsTheSelection()
+{
+    m_view->setCurrentIndex(m_view->model()->index(3, 0));
+
+    m_view->setDatabase(nullptr, tableId);
+    QCoreApplication::sendPostedEvents();
+    QVERIFY(!m_view->currentIndex().isValid());
+    m_view->setDatabase(&m_store->database(), tableId);
+    QVERIFY(comesToRest(*m_view));
+
+    QVERIFY(!m_view->currentIndex().isValid());
+}
+
+void MetaDataViewSelectionTest::selectedRowsAreCountedByRanges()
+{
+    QCOMPARE(m_view->selectedRowsCount(), 0);
+
+    select(*m_view, 10, 12);
+    select(*m_view, 500, 599);
+    QCOMPARE(m_view->selectedRowsCount(), 103);
+
+    m_view->selectAll();
+    QCOMPARE(m_view->selectedRowsCount(), 1000);
+}
+
+QTEST_MAIN(MetaDataViewSelectionTest)
+
+#include "tst_metadataviewselection.moc"

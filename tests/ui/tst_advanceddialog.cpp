@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "ui/advanceddialog.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QtTest>
+
+namespace {
+
+// The window manager's frame and whole pixels leave the middle a little uncertain.
+constexpr int tolerance = 40; // pixels
+
+bool isNear(const QPoint& one, const QPoint& other)
+{
+    return (one - other).manhattanLength() <= tolerance;
+}
+
+QPoint center(const QWidget& widget)
+{
+    return widget.mapToGlobal(widget.rect().center());
+}
+
+} // namespace
+
+class AdvancedDialogTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void hasNoContextHelpButton();
+    void opensCenteredOnItsParent_data();
+    void opensCenteredOnItsParent();
+    void opensCenteredOnAnEmbeddedParent();
+    void opensCenteredOnTheScreenUnderTheMouseWithoutAParent();
+    void isActiveAndHasTheFocus();
+    void opensCenteredAgainAfterTheParentMoved();
+};
+
+void AdvancedDialogTest::hasNoContextHelpButton()
+{
+    const AdvancedDialog dialog;
+
+    QVERIFY(!dialog.windowFlags().testFlag(Qt::WindowContextHelpButtonHint));
+    QVERIFY(dialog.windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    QVERIFY(dialog.windowFlags().testFlag(Qt::Dialog));
+}
+
+void AdvancedDialogTest::opensCenteredOnItsParent_data()
+{
+    QTest::addColumn<QRect>("parentArea");
+
+    QTest::newRow("middle of the screen") << QRect(400, 300, 700, 500);
+    QTest::newRow("left") << QRect(60, 200, 500, 400);
+    QTest::newRow("lower right") << QRect(900, 600, 600, 500);
+}
+
+void AdvancedDialogTest::opensCenteredOnItsParent()
+{
+    QFETCH(QRect, parentArea);
+    QWidget parent;
+    parent.setGeometry(parentArea);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(300, 150);
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY(isNear(center(dialog), center(parent)));
+}
+
+void AdvancedDialogTest::opensCenteredOnAnEmbeddedParent()
+{
+    QWidget window;
+    window.setGeometry(300, 200, 900, 700);
+    QWidget panel(&window);
+    panel.setGeometry(500, 300, 400, 400);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+    AdvancedDialog dialog(&panel);
+    dialog.setFixedSize(300, 150);
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY(isNear(center(dialog), center(panel)));
+}
+
+void AdvancedDialogTest::opensCenteredOnTheScreenUnderTheMouseWithoutAParent()
+{
+    const QScreen* screen = QGuiApplication::screenAt(QCursor::pos());
+    QVERIFY(screen);
+    AdvancedDialog dialog;
+    dialog.setFixedSize(300, 150);
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+    QTRY_VERIFY(isNear(center(dialog), screen->geometry().center()));
+}
+
+void AdvancedDialogTest::isActiveAndHasTheFocus()
+{
+    QWidget parent;
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY(dialog.hasFocus());
+}
+
+void AdvancedDialogTest::opensCenteredAgainAfterTheParentMoved()
+{
+    QWidget parent;
+    parent.setGeometry(100, 100, 500, 400);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(300, 150);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    dialog.hide();
+    parent.move(700, 500);
+    QTRY_VERIFY(parent.geometry().left() >= 690);
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY(isNear(center(dialog), center(parent)));
+}
+
+QTEST_MAIN(AdvancedDialogTest)
+#include "tst_advanceddialog.moc"
