@@ -2,11 +2,11 @@
 #include "scan/replaceoperation.h"
 
 #include "scan/rowbatches.h"
-#include "store/transactionstate.h"
 #include "store/metadata.h"
 #include "store/operationreply.h"
 #include "store/recordwriter.h"
 #include "store/transaction.h"
+#include "store/transactionstate.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -5,10 +5,10 @@
 #include "scan/medialister.h"
 #include "scan/metadatareader.h"
 #include "scan/pathspellings.h"
-#include "store/transactionstate.h"
 #include "store/operationreply.h"
 #include "store/recordwriter.h"
 #include "store/transaction.h"
+#include "store/transactionstate.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
