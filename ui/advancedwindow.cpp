@@ -7,11 +7,13 @@
 #include <QGuiApplication>
 #include <QResizeEvent>
 #include <QScreen>
+#include <QWindow>
 
 namespace {
 
 constexpr int saveDelay = 300; // milliseconds
 constexpr int announceDelay = 1000; // milliseconds
+constexpr int placingDelay = 60; // milliseconds
 
 QScreen* screenOf(const QWidget* widget)
 {
@@ -104,10 +106,31 @@ void AdvancedWindow::announceShowed()
     if (m_isAnnounced)
         return;
     m_isAnnounced = true;
-    // Before the window had a frame, its position did not count it: the window would creep up with every start.
-    if (m_restoredPosition && !isMaximized())
-        move(*m_restoredPosition);
+    placeFrame();
     QMetaObject::invokeMethod(this, &AdvancedWindow::showed, Qt::QueuedConnection);
+}
+
+// Before the window had a frame, its position did not count it: the window would creep up with every start. While the
+// window manager frames it, the position known here may also be one inside the frame, so it is looked at again.
+void AdvancedWindow::placeFrame()
+{
+    if (isMaximized() || m_placingsLeft == 0)
+        return;
+    --m_placingsLeft;
+    const QPoint wanted = m_restoredPosition.value_or(centredFramePosition());
+    if (pos() == wanted)
+        return;
+    move(wanted);
+    QTimer::singleShot(placingDelay, this, &AdvancedWindow::placeFrame);
+}
+
+QPoint AdvancedWindow::centredFramePosition() const
+{
+    // The window's own frame geometry may be older than what the platform knows of its frame.
+    const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
+    QRect area(QPoint(), size().grownBy(frame));
+    area.moveCenter(screenOf(this)->availableGeometry().center());
+    return area.topLeft();
 }
 
 bool AdvancedWindow::restoreGeometry()

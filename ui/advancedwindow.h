@@ -52,6 +52,8 @@ private slots:
 private:
     void announceShowed();
     QString screenSuffix() const;
+    void placeFrame();
+    QPoint centredFramePosition() const;
     void applyPreferredGeometry();
     void moveOntoScreen();
 
@@ -61,6 +63,8 @@ private:
     QWidget* m_preparedCentralWidget = nullptr;
     // Of the whole frame, as it was kept.
     std::optional<QPoint> m_restoredPosition;
+    // How often the frame may still be moved to its place; a window manager may have its own mind.
+    int m_placingsLeft = 5;
     bool m_isConfigured = false;
     bool m_isAnnounced = false;
 };
