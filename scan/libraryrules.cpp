@@ -1,19 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "scan/libraryrules.h"
 
+#include "scan/requiredliterals.h"
+
 #include <QRegularExpression>
 #include <QStringList>
 
-#include <algorithm>
-
 namespace {
-
-// The first rule that matches, or the end. An expression without a valid pattern is not asked at all.
-LibraryRules::const_iterator findRule(const QString& fileName, const LibraryRules& rules)
-{
-    return std::find_if(rules.cbegin(), rules.cend(),
-        [&fileName](const LibraryRule& rule) { return rule.pattern.isValid() && rule.pattern.indexIn(fileName) >= 0; });
-}
 
 QString withoutByteOrderMark(const QString& text)
 {
@@ -22,10 +15,35 @@ QString withoutByteOrderMark(const QString& text)
 
 } // namespace
 
+LibraryRules::LibraryRules(const QVector<LibraryRule>& rules)
+    : m_rules(rules)
+{
+    QVector<QStringList> literals;
+    for (int index = 0; index < rules.size(); ++index) {
+        const QRegExp& pattern = rules.at(index).pattern;
+        if (!pattern.isValid())
+            continue;
+        m_indexedRules.append(index);
+        literals.append(requiredLiterals(pattern.pattern()));
+    }
+    m_index = LiteralIndex(literals);
+}
+
+const LibraryRule* LibraryRules::firstMatch(const QString& fileName) const
+{
+    const QVector<int> candidates = m_index.candidates(fileName);
+    for (const int candidate : candidates) {
+        const LibraryRule& rule = m_rules.at(m_indexedRules.at(candidate));
+        if (rule.pattern.indexIn(fileName) >= 0)
+            return &rule;
+    }
+    return nullptr;
+}
+
 LibraryRules parseLibraryRules(const QString& text)
 {
     static const QRegularExpression lineEnd(QStringLiteral("\r|\n"));
-    LibraryRules rules;
+    QVector<LibraryRule> rules;
     const QStringList lines = withoutByteOrderMark(text).split(lineEnd);
     for (const QString& line : lines) {
         const int colon = line.indexOf(QLatin1Char(':'));
@@ -34,20 +52,19 @@ LibraryRules parseLibraryRules(const QString& text)
         const QString pattern = line.mid(colon + 1).trimmed();
         rules.append({ line.left(colon).trimmed(), QRegExp(pattern, Qt::CaseSensitive, QRegExp::RegExp) });
     }
-    return rules;
+    return LibraryRules(rules);
 }
 
 QString evaluateLibrary(const QString& fileName, const LibraryRules& rules)
 {
-    const auto rule = findRule(fileName, rules);
-    return rule == rules.cend() ? QString() : rule->name;
+    const LibraryRule* rule = rules.firstMatch(fileName);
+    return rule ? rule->name : QString();
 }
 
 void applyLibraryRules(MetaDataList& records, const LibraryRules& rules)
 {
     for (MetaData& record : records) {
-        const auto rule = findRule(record.fileName(), rules);
-        if (rule != rules.cend())
+        if (const LibraryRule* rule = rules.firstMatch(record.fileName()))
             record.setLibrary(rule->name);
     }
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "scan/literalindex.h"
 #include "store/metadata.h"
 
 #include <QRegExp>
@@ -17,7 +18,31 @@ struct LibraryRule
     QRegExp pattern;
 };
 
-using LibraryRules = QVector<LibraryRule>;
+/// The rules in the order in which they are tried, with an index of the texts that their patterns require.
+///
+/// The index only spares most patterns the question: the first rule found is the one that trying them all would find.
+///
+/// Owner: the operation that parsed it. Thread: one at a time, see `LibraryRule`.
+class LibraryRules final
+{
+public:
+    LibraryRules() = default;
+    explicit LibraryRules(const QVector<LibraryRule>& rules);
+
+    int size() const { return m_rules.size(); }
+    const LibraryRule& at(int index) const { return m_rules.at(index); }
+    QVector<LibraryRule>::const_iterator begin() const { return m_rules.cbegin(); }
+    QVector<LibraryRule>::const_iterator end() const { return m_rules.cend(); }
+
+    /// The first rule whose pattern matches anywhere in a file name, or nullptr; it lives as long as the list.
+    const LibraryRule* firstMatch(const QString& fileName) const;
+
+private:
+    QVector<LibraryRule> m_rules;
+    // Invalid patterns match nothing and are left out.
+    QVector<int> m_indexedRules;
+    LiteralIndex m_index;
+};
 
 /// The rules of a text with one "<name>: <pattern>" a line, in line order. Lines without a name before their first ":"
 /// are skipped.
