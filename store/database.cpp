@@ -13,6 +13,7 @@
 #include <QMutexLocker>
 #include <QSemaphore>
 #include <QSqlError>
+#include <QSqlQuery>
 #include <QThread>
 
 #include <memory>
@@ -24,11 +25,26 @@ const QString tableDisplayNamesKey = QStringLiteral("tableDisplayNames");
 
 constexpr int threadPollInterval = 50; // milliseconds
 
+// Why the file cannot be read for the moment; empty when it can, or is damaged. What another program has locked is not
+// to be taken for damaged: the user would be asked to begin anew.
+QString lockFailure(const QSqlDatabase& connection)
+{
+    constexpr int busy = 5; // SQLITE_BUSY
+    QSqlQuery query(connection);
+    if (query.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master")))
+        return QString();
+    const bool isBusy = (query.lastError().nativeErrorCode().toInt() & 0xff) == busy;
+    return isBusy ? query.lastError().text() : QString();
+}
+
 // The text of the failure; empty when the connection is ready for use. An existing file is never repaired or extended.
 QString setUpConnection(QSqlDatabase& connection, bool fileExisted)
 {
     if (!connection.open())
         return Database::tr("Can't open database: %1").arg(connection.lastError().text());
+    const QString lock = fileExisted ? lockFailure(connection) : QString();
+    if (!lock.isEmpty())
+        return Database::tr("Can't open database: %1").arg(lock);
     if (fileExisted && !hasValidSchema(connection))
         return Database::tr("Invalid database structure");
     // Before the installation, so that a new file gets the page size.

@@ -3,6 +3,7 @@
 
 #include "tests/app/program.h"
 #include "tests/scan/soundfiles.h"
+#include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
 
 #include <QApplication>
@@ -65,6 +66,8 @@ private slots:
     void acceptedReinitialisationKeepsTheOldFile_data();
     void acceptedReinitialisationKeepsTheOldFile();
     void unmovableFileEndsTheQuestions();
+    void newDatabaseInAReadOnlyFolderIsAskedAbout();
+    void databaseInAReadOnlyFolderIsShown();
 };
 
 void ApplicationTest::fontIsRaisedToTenPoints_data()
@@ -399,6 +402,42 @@ void ApplicationTest::unmovableFileEndsTheQuestions()
     QVERIFY(program.waitForEnd());
     QCOMPARE(program.exitCode(), 1);
     QCOMPARE(contents(databaseFile(user)), damage);
+}
+
+void ApplicationTest::newDatabaseInAReadOnlyFolderIsAskedAbout()
+{
+    const UserFolders user;
+    QVERIFY(QDir().mkpath(user.dataFolder()));
+    QVERIFY(QFile::setPermissions(user.dataFolder(), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+    Program program(user);
+    QVERIFY(program.waitForWindow(questionTitle));
+
+    program.press(QStringLiteral("Return"));
+
+    QVERIFY(program.waitForEnd());
+    QCOMPARE(program.exitCode(), 1);
+    QVERIFY2(program.log().startsWith(QLatin1String("Can't open database: ")), qPrintable(program.log()));
+    QVERIFY(QDir(user.dataFolder()).isEmpty());
+    QVERIFY(QFile::setPermissions(user.dataFolder(), QFileDevice::Permissions(0x7000)));
+}
+
+void ApplicationTest::databaseInAReadOnlyFolderIsShown()
+{
+    const UserFolders user;
+    user.acceptDisclaimer();
+    TestSupport::makeEmptyDatabase(databaseFile(user));
+    const QByteArray before = contents(databaseFile(user));
+    QVERIFY(QFile::setPermissions(databaseFile(user), QFileDevice::ReadOwner));
+    QVERIFY(QFile::setPermissions(user.dataFolder(), QFileDevice::ReadOwner | QFileDevice::ExeOwner));
+    Program program(user);
+    QVERIFY(program.waitForWindow(mainTitle));
+
+    program.press(QStringLiteral("ctrl+q"));
+
+    QVERIFY(program.waitForEnd());
+    QCOMPARE(program.exitCode(), 0);
+    QCOMPARE(contents(databaseFile(user)), before);
+    QVERIFY(QFile::setPermissions(user.dataFolder(), QFileDevice::Permissions(0x7000)));
 }
 
 QTEST_MAIN(ApplicationTest)

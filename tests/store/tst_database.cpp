@@ -52,6 +52,7 @@ private slots:
     void folderInPlaceOfTheFileIsRefused();
     void textFileInPlaceOfTheFileIsRefused();
     void emptyFileIsRefused();
+    void lockedFileIsNotTakenForDamaged();
     void fileWithoutATableIsRefusedAndUnchanged_data();
     void fileWithoutATableIsRefusedAndUnchanged();
     void failedInstallationIsReported();
@@ -163,6 +164,21 @@ void DatabaseTest::textFileInPlaceOfTheFileIsRefused()
     const QString error = store.database().lastError();
     QVERIFY2(error == "Invalid database structure" || error.startsWith("Can't open database: "), qPrintable(error));
     QCOMPARE(contentsOf(store.filePath()), contents);
+}
+
+void DatabaseTest::lockedFileIsNotTakenForDamaged()
+{
+    StoreFixture store;
+    TestSupport::makeEmptyDatabase(store.filePath());
+    {
+        const TestConnection other(store.filePath());
+        QCOMPARE(other.execute(QStringLiteral("BEGIN EXCLUSIVE")), QString());
+
+        QVERIFY(!store.database().open());
+    }
+    const QString error = store.database().lastError();
+    QVERIFY2(error.startsWith(QLatin1String("Can't open database: ")), qPrintable(error));
+    QVERIFY(store.database().open());
 }
 
 void DatabaseTest::emptyFileIsRefused()
