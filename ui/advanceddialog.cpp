@@ -22,7 +22,9 @@ void AdvancedDialog::showEvent(QShowEvent* event)
     area.moveCenter(preferredCentre());
     move(area.topLeft());
     activateWindow();
-    setFocus();
+    // A dialog that has chosen one of its controls keeps its choice.
+    QWidget* chosen = focusWidget();
+    (chosen ? chosen : this)->setFocus();
 }
 
 QPoint AdvancedDialog::preferredCentre() const

@@ -3,7 +3,9 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QLineEdit>
 #include <QScreen>
+#include <QVBoxLayout>
 #include <QtTest>
 
 namespace {
@@ -34,6 +36,7 @@ private slots:
     void opensCenteredOnAnEmbeddedParent();
     void opensCenteredOnTheScreenUnderTheMouseWithoutAParent();
     void isActiveAndHasTheFocus();
+    void chosenControlKeepsTheFocus();
     void opensCenteredAgainAfterTheParentMoved();
 };
 
@@ -112,6 +115,21 @@ void AdvancedDialogTest::isActiveAndHasTheFocus()
 
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
     QTRY_VERIFY(dialog.hasFocus());
+}
+
+void AdvancedDialogTest::chosenControlKeepsTheFocus()
+{
+    AdvancedDialog dialog;
+    auto* layout = new QVBoxLayout(&dialog);
+    layout->addWidget(new QLineEdit);
+    auto* chosen = new QLineEdit;
+    layout->addWidget(chosen);
+    chosen->setFocus();
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY(chosen->hasFocus());
 }
 
 void AdvancedDialogTest::opensCenteredAgainAfterTheParentMoved()
