@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFont>
 #include <QIcon>
+#include <QPalette>
 #include <QStandardPaths>
 
 #include <algorithm>
@@ -70,6 +71,7 @@ int runApplication(int& argc, char** argv)
     const TerminationSignals terminationSignals;
     installSettingsFile();
     raiseFontToReadableSize();
+    lightenLinksOnDarkPalette();
     return runMainWindow();
 }
 
@@ -78,4 +80,16 @@ void raiseFontToReadableSize()
     QFont font = QApplication::font();
     font.setPointSizeF(std::max(smallestReadableFont, font.pointSizeF()));
     QApplication::setFont(font);
+}
+
+void lightenLinksOnDarkPalette()
+{
+    constexpr int middle = 128;
+    constexpr int lighter = 150; // per cent
+    QPalette palette = QApplication::palette();
+    const bool isDark = palette.color(QPalette::Window).lightness() < middle;
+    if (!isDark || palette.color(QPalette::Link).lightness() > middle)
+        return;
+    palette.setColor(QPalette::Link, palette.color(QPalette::Highlight).lighter(lighter));
+    QApplication::setPalette(palette);
 }

@@ -8,3 +8,6 @@ int runApplication(int& argc, char** argv);
 
 /// Makes the application font at least 10 points high. Thread: GUI.
 void raiseFontToReadableSize();
+
+/// On a dark palette whose links have the dark blue of a light one, gives them a light colour. Thread: GUI.
+void lightenLinksOnDarkPalette();

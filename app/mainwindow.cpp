@@ -65,6 +65,7 @@ MainWindow::MainWindow(QWidget* parent)
 {
     buildInterface();
     buildRecordMenu();
+    connectButtons();
     buildEmptyTableHint();
     setUpBusySprite();
     setUpState();
@@ -113,7 +114,6 @@ void MainWindow::buildInterface()
     m_ui->openTableAction->setMenu(m_openTableMenu);
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
     connect(m_ui->quitAction, &QAction::triggered, this, &QWidget::close);
-    connect(m_ui->scanFilesButton, &QPushButton::clicked, m_ui->scanFilesAction, &QAction::trigger);
     connect(m_ui->filePathLookupAction, &QAction::toggled, m_ui->metaDataView, &MetaDataView::setFilePathLookupEnabled);
     m_ui->lookupEdit->setFocus();
     setPreparedCentralWidget(takeCentralWidget());
@@ -121,19 +121,38 @@ void MainWindow::buildInterface()
 
 void MainWindow::buildRecordMenu()
 {
-    const auto addAction = [this](const QString& text) {
+    const auto addAction = [this](const QString& text, void (MainWindow::*slot)()) {
         QAction* action = m_recordMenu->addAction(text);
-        // Its command does not exist yet.
-        action->setEnabled(false);
+        connect(action, &QAction::triggered, this, slot);
+        m_recordActions.append(action);
         return action;
     };
-    addAction(tr("Show Info…"));
-    addAction(tr("Reveal In %1").arg(tr("Explorer")));
-    addAction(tr("Copy To Work Folder"))->setShortcut(QKeySequence(Qt::SHIFT + Qt::Key_C));
-    addAction(tr("Add to Playlist"));
-    addAction(tr("Remove from Playlist"));
+    addAction(tr("Show Info…"), &MainWindow::openCurrentMetaDataRow);
+    addAction(tr("Reveal In %1").arg(tr("Explorer")), &MainWindow::revealCurrentFileInSystemFileManager);
+    // Its command does not exist yet.
+    QAction* copyAction = m_recordMenu->addAction(tr("Copy To Work Folder"));
+    copyAction->setEnabled(false);
+    m_recordActions.append(copyAction);
+    addAction(tr("Add to Playlist"), &MainWindow::addToPlaylist);
+    addAction(tr("Remove from Playlist"), &MainWindow::removeFromPlaylist);
     m_recordMenu->addSeparator();
-    addAction(tr("Delete Selected"));
+    addAction(tr("Delete Selected"), &MainWindow::deleteSelectedRecords);
+    // A shortcut of a menu that pops up works only while the table has the action too.
+    copyAction->setShortcut(QKeySequence(Qt::SHIFT + Qt::Key_C));
+    copyAction->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    m_ui->metaDataView->addAction(copyAction);
+}
+
+void MainWindow::connectButtons()
+{
+    const QList<QPushButton*> buttons{ m_ui->showInfoButton, m_ui->revealInSystemFileManager,
+        m_ui->copyToWorkFolderButton, m_ui->addToPlaylistButton, m_ui->removeFromPlaylistButton };
+    for (int index = 0; index < buttons.size(); ++index)
+        connect(buttons.at(index), &QPushButton::clicked, m_recordActions.at(index), &QAction::trigger);
+    connect(m_ui->scanFilesButton, &QPushButton::clicked, m_ui->scanFilesAction, &QAction::trigger);
+    connect(m_ui->workFolderButton, &QPushButton::clicked, this, &MainWindow::chooseWorkFolder);
+    connect(m_ui->aboutAction, &QAction::triggered, this, &MainWindow::showAboutDialog);
+    connect(m_ui->logoWidget, &LogoWidget::clicked, this, &MainWindow::showAboutDialog);
 }
 
 void MainWindow::buildEmptyTableHint()
@@ -227,8 +246,13 @@ void MainWindow::connectView()
     connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateRowCountersLabel);
     connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateEmptyTableHint);
     connect(view, &MetaDataView::tableChaged, this, &MainWindow::updateWindowTitle);
-    connect(view, &QWidget::customContextMenuRequested, this,
-        [this, view](const QPoint& point) { m_recordMenu->popup(view->viewport()->mapToGlobal(point)); });
+    connect(view, &MetaDataView::processingFinished, this, &MainWindow::applyWaitingRatingSteps);
+    connect(view, &MetaDataView::tableChaged, this, &MainWindow::forgetRatings);
+    connect(view, &QAbstractItemView::doubleClicked, this, &MainWindow::openCurrentMetaDataRow);
+    connect(view, &MetaDataView::returnPressed, this, &MainWindow::openCurrentMetaDataRow);
+    connect(view, &MetaDataView::plusPressed, this, &MainWindow::increaseCurrentMetaDataRating);
+    connect(view, &MetaDataView::minusPressed, this, &MainWindow::decreaseCurrentMetaDataRating);
+    connect(view, &QWidget::customContextMenuRequested, this, &MainWindow::showMetaDataContextMenu);
     connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &MainWindow::updateRowCountersLabel);
 }
 

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "store/metadata.h"
 #include "ui/advancedwindow.h"
 
-#include <QPointer>
+#include <QHash>
+#include <QList>
+#include <QSet>
 #include <QString>
 #include <QTimer>
+#include <QVariantList>
 
 #include <memory>
+#include <optional>
 
 class Database;
 class DatabaseSession;
@@ -54,6 +59,19 @@ public slots:
     void restoreSavedRow();
     void finalizeRowLookup();
     void showWarrantyDisclaimerDialog();
+    void showAboutDialog();
+    void chooseWorkFolder();
+    /// Keeps the current record, to be made current again after the next requery.
+    void saveSelection();
+    /// One step up or down, clamped to 0 and 100; several quick calls each count.
+    void increaseCurrentMetaDataRating();
+    void decreaseCurrentMetaDataRating();
+    void openCurrentMetaDataRow();
+    void revealCurrentFileInSystemFileManager();
+    void addToPlaylist();
+    void removeFromPlaylist();
+    void deleteSelectedRecords();
+    void showMetaDataContextMenu(const QPoint& point);
 
 protected:
     QSize preferredSize() const override;
@@ -64,10 +82,18 @@ private slots:
     void on_viewLastScannedButton_clicked();
     void on_viewPlaylistButton_clicked();
     void on_scanFilesAction_triggered();
+    void on_deleteAllAction_triggered();
+    void on_evaluateLibrariesAction_triggered();
+    void on_libraryEvaluationRulesAction_triggered();
+    void on_searchAndReplaceAction_triggered();
+    void on_rebuildDatabaseAction_triggered();
+    void on_tableDisplayNamesAction_triggered();
+    void on_workFolderAction_triggered();
 
 private:
     void buildInterface();
     void buildRecordMenu();
+    void connectButtons();
     void buildEmptyTableHint();
     void setUpBusySprite();
     void setUpState();
@@ -77,10 +103,35 @@ private:
     void connectDatabase();
     void connectView();
     void connectStateSaving();
-    QString libraryEvaluationRules() const;
+    /// The user's rules, or the ones that come with the program; nothing, and the user is told, when they cannot be
+    /// read.
+    std::optional<QString> libraryEvaluationRules();
+    bool editLibraryEvaluationRules();
     QString chooseFolderToScan();
     void showScanOutcome(bool showLastScannedOnly);
     void endSession();
+
+    /// True while no write, query or count is under way: what the table shows is what is stored.
+    bool isSettled() const;
+    /// Waits for that without taking the user's input; false when the application quits instead.
+    bool waitUntilSettled();
+    /// The ids of the selected records that the table shows or has shown lately.
+    QSet<qint64> shownSelectedIds() const;
+    /// One field of every selected record; empty when nothing is selected or it failed.
+    QVariantList gatherSelected(const QString& fieldName);
+    /// The ids of the selected records; empty when they are not (all) those that the user saw selected.
+    QVariantList gatherSelectedIds(const QSet<qint64>& seenIds);
+    void setSelectedOnPlaylist(bool isOnPlaylist);
+
+    /// Null without a current record, or before it has been read.
+    MetaData currentRecord() const;
+    MetaData storedRecord(qint64 id);
+    void changeCurrentRating(double step);
+    void applyWaitingRatingSteps();
+    void rateRecord(MetaData record, double step);
+    /// Before any other write: what is known of rated records may no longer be true.
+    void forgetRatings();
+    void pushRecord(const MetaData& record, void (MainWindow::*afterwards)());
     Database* database() const;
 
     std::unique_ptr<Ui::MainWindow> m_ui;
@@ -95,8 +146,16 @@ private:
     qint64 m_savedRow = 0;
     QMenu* m_openTableMenu;
     QMenu* m_recordMenu;
+    // Of the record menu, in its order.
+    QList<QAction*> m_recordActions;
     QLabel* m_emptyTableHint = nullptr;
     QTimer m_requeryTimer;
     QTimer m_stateSaveTimer;
     bool m_isCommandRunning = false;
+    bool m_isRowLookupPending = false;
+    // Writes of single records, or of a whole table, that nobody waits for.
+    int m_pendingWrites = 0;
+    // Records as this window wrote them last, and steps for records that have to be read again first, by id.
+    QHash<qint64, MetaData> m_ratedRecords;
+    QHash<qint64, double> m_waitingRatingSteps;
 };

@@ -11,6 +11,8 @@
 #include <QLabel>
 #include <QMenu>
 
+#include <algorithm>
+
 namespace {
 
 const char tableIdProperty[] = "tableId";
@@ -81,13 +83,21 @@ void MainWindow::updateOpenTableMenu()
 
 void MainWindow::handleOpenTableAction()
 {
+    // A command works on the table that it was started on.
+    if (m_isCommandRunning)
+        return;
     m_ui->metaDataView->setTableId(sender()->property(tableIdProperty).toInt());
     m_stateSaveTimer.start();
 }
 
+void MainWindow::saveSelection()
+{
+    m_savedRow = currentRecord().id();
+}
+
 void MainWindow::requery()
 {
-    m_ui->metaDataView->requery();
+    m_ui->metaDataView->requery(true);
 }
 
 void MainWindow::requeryLater()
@@ -97,10 +107,12 @@ void MainWindow::requeryLater()
 
 void MainWindow::restoreSavedRow()
 {
-    if (m_savedRow <= 0)
+    // Not before the write has been answered and the rows have been read again.
+    if (m_savedRow <= 0 || m_pendingWrites > 0 || m_requeryTimer.isActive())
         return;
     OperationReply* reply = m_ui->metaDataView->metaDataModel()->lookupRow(m_savedRow);
     m_savedRow = 0;
+    m_isRowLookupPending = reply != nullptr;
     if (reply)
         connect(reply, &OperationReply::finished, this, &MainWindow::finalizeRowLookup);
 }
@@ -109,11 +121,20 @@ void MainWindow::finalizeRowLookup()
 {
     auto* reply = qobject_cast<OperationReply*>(sender());
     reply->deleteLater();
+    m_isRowLookupPending = false;
     if (reply->hasError())
         return;
     MetaDataView* view = m_ui->metaDataView;
-    const QModelIndex index = view->model()->index(reply->result(QStringLiteral("row")).toInt(), 0);
-    view->setCurrentIndex(index);
+    const int row = reply->result(QStringLiteral("row")).toInt();
+    const QModelIndex index = view->model()->index(row, std::max(view->currentIndex().column(), 0));
+    // Where the record has not moved, what else is selected stays so.
+    if (row != view->currentIndex().row())
+        view->setCurrentIndex(index);
     if (!view->viewport()->rect().intersects(view->visualRect(index)))
         view->scrollTo(index);
+}
+
+void MainWindow::showMetaDataContextMenu(const QPoint& point)
+{
+    m_recordMenu->popup(m_ui->metaDataView->viewport()->mapToGlobal(point));
 }

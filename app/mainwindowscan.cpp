@@ -5,48 +5,24 @@
 #include "ui_mainwindow.h"
 
 #include "app/commandguard.h"
+#include "app/operations.h"
 #include "store/database.h"
 #include "store/operationreply.h"
 #include "ui/operationdialog.h"
 #include "ui/settings.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 
 namespace {
-
-const char rulesTemplatePath[] = ":/Resources/LibraryEvaluationRules.txt";
 
 QString scanDialogGroup()
 {
     return QStringLiteral("ScanDialog");
 }
 
-// The operation is still under way when the application quits below a dialog: its reply must outlive it.
-void releaseReply(OperationReply* reply)
-{
-    if (reply->isFinishedDelivered()) {
-        reply->deleteLater();
-    } else {
-        reply->cancel();
-        QObject::connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
-    }
-}
-
 } // namespace
-
-QString MainWindow::libraryEvaluationRules() const
-{
-    QFile file(QFile::exists(m_rulesFilePath) ? m_rulesFilePath : QLatin1String(rulesTemplatePath));
-    if (!file.open(QIODevice::ReadOnly))
-        qCritical("Unable to read library evaluation rules: %s", qUtf8Printable(file.fileName()));
-    QString rules = QString::fromUtf8(file.readAll());
-    if (rules.startsWith(QChar(QChar::ByteOrderMark)))
-        rules.remove(0, 1);
-    return rules;
-}
 
 QString MainWindow::chooseFolderToScan()
 {
@@ -76,9 +52,12 @@ void MainWindow::on_scanFilesAction_triggered()
 void MainWindow::scan(const QStringList& paths)
 {
     const CommandGuard guard(m_isCommandRunning);
-    if (!guard.isEntered())
+    // Of a drop of web links, say, nothing is left.
+    const auto rules = guard.isEntered() && !paths.isEmpty() ? libraryEvaluationRules() : std::nullopt;
+    if (!rules)
         return;
-    OperationReply* reply = database()->scan(m_ui->metaDataView->tableId(), paths, libraryEvaluationRules());
+    forgetRatings();
+    const ReplyPointer reply(database()->scan(m_ui->metaDataView->tableId(), paths, *rules));
     Settings settings(scanDialogGroup());
     const QString key = QStringLiteral("showLastScannedOnly");
     OperationDialog dialog(this);
@@ -88,8 +67,7 @@ void MainWindow::scan(const QStringList& paths)
     dialog.setCloseOnSuccess(false);
     dialog.setOptionText(tr("Show only last scanned files after completion"));
     dialog.setOptionChecked(settings.value(key, true).toBool());
-    const bool isAccepted = dialog.exec(reply) == QDialog::Accepted;
-    releaseReply(reply);
+    const bool isAccepted = dialog.exec(reply.get()) == QDialog::Accepted;
     if (isAccepted)
         settings.setValue(key, dialog.isOptionChecked());
     showScanOutcome(isAccepted && dialog.isOptionChecked());

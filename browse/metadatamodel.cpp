@@ -170,6 +170,19 @@ bool MetaDataModel::isRowFresh(int row) const
     return m_cache.contains(page) && !m_cache.isInvalid(page);
 }
 
+MetaData MetaDataModel::freshRecord(qint64 metaDataId) const
+{
+    const int row = m_cache.ids().key(metaDataId, -1);
+    return row >= 0 && isRowFresh(row) && !isRequeryPending() ? m_cache.record(row) : MetaData();
+}
+
+void MetaDataModel::showChangedRecord(const MetaData& record)
+{
+    const int row = m_cache.replace(record);
+    if (row >= 0 && row < m_rowsCount)
+        emit dataChanged(index(row, 0), index(row, ColumnsCount - 1));
+}
+
 QVariant MetaDataModel::data(const QModelIndex& index, int role) const
 {
     if (!index.isValid() || index.row() >= m_rowsCount)

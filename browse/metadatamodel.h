@@ -5,6 +5,7 @@
 #include "store/metadata.h"
 
 #include <QAbstractTableModel>
+#include <QHash>
 #include <QPointer>
 #include <QStringList>
 #include <QTimer>
@@ -89,6 +90,12 @@ public:
     QVariantMap queryParameters() const;
     /// False when the row's record is not cached, or stale since a requery: then it must not be acted on.
     bool isRowFresh(int row) const;
+    /// The ids of the records that are cached, and so may be shown, by row; stale ones among them.
+    QHash<int, qint64> shownIds() const { return m_cache.ids(); }
+    /// The record as it was last read; null when it is not cached, or stale since a requery.
+    MetaData freshRecord(qint64 metaDataId) const;
+    /// Shows a changed record at once where the cached one with its id stands; the store is not told.
+    void showChangedRecord(const MetaData& record);
 
     /// Collects one field of the rows of these indexes; result "items" is a `QVariantList` in no fixed order. The
     /// caller owns the reply.

@@ -24,6 +24,26 @@ MetaData PageCache::record(int row) const
     return records ? records->value(row % pageSize) : MetaData();
 }
 
+QHash<int, qint64> PageCache::ids() const
+{
+    QHash<int, qint64> ids;
+    const QList<int> pages = m_pages.keys();
+    for (const int page : pages) {
+        const MetaDataList& records = *m_pages[page];
+        for (int index = 0; index < records.size(); ++index)
+            ids.insert(page * pageSize + index, records.at(index).id());
+    }
+    return ids;
+}
+
+int PageCache::replace(const MetaData& record)
+{
+    const int row = ids().key(record.id(), -1);
+    if (row >= 0)
+        (*m_pages[row / pageSize])[row % pageSize] = record;
+    return row;
+}
+
 void PageCache::insert(int page, const MetaDataList& records)
 {
     m_invalidPages.removeAll(page);

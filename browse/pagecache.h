@@ -4,6 +4,7 @@
 #include "store/metadata.h"
 
 #include <QCache>
+#include <QHash>
 #include <QList>
 
 /// The last used pages of a table, ten at most, and which of them are stale.
@@ -25,6 +26,10 @@ public:
     bool isInvalid(int page) const;
     /// The record at this row, or a null record when its page is not cached or ends before it. Marks the page as used.
     MetaData record(int row) const;
+    /// The ids of all cached records by row, stale ones too. Marks no page as used.
+    QHash<int, qint64> ids() const;
+    /// Puts a changed record in the place of the one with its id, fresh or stale; the row, or -1 when it is not cached.
+    int replace(const MetaData& record);
     /// Puts a fresh page in; the least recently used one goes when there are more than ten.
     void insert(int page, const MetaDataList& records);
     /// Marks every cached page as stale.

@@ -46,6 +46,7 @@ class ApplicationTest : public QObject
 private slots:
     void fontIsRaisedToTenPoints_data();
     void fontIsRaisedToTenPoints();
+    void linksAreReadableOnADarkPalette();
     void endsWithZeroWhenItsWindowIsClosed();
     void endsWithZeroOnTerminationSignals_data();
     void endsWithZeroOnTerminationSignals();
@@ -91,6 +92,21 @@ void ApplicationTest::fontIsRaisedToTenPoints()
     raiseFontToReadableSize();
 
     QCOMPARE(QApplication::font().pointSizeF(), after);
+}
+
+void ApplicationTest::linksAreReadableOnADarkPalette()
+{
+    const QPalette before = QApplication::palette();
+    QPalette dark(QColor(45, 45, 45));
+    dark.setColor(QPalette::Link, Qt::blue);
+    QApplication::setPalette(dark);
+
+    lightenLinksOnDarkPalette();
+
+    QVERIFY(QApplication::palette().color(QPalette::Link).lightness() > 128);
+    QApplication::setPalette(before);
+    lightenLinksOnDarkPalette();
+    QCOMPARE(QApplication::palette().color(QPalette::Link), before.color(QPalette::Link));
 }
 
 void ApplicationTest::endsWithZeroWhenItsWindowIsClosed()

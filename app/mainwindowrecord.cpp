@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The commands on the current record: its rating, its dialog, its file.
+#include "app/mainwindow.h"
+
+#include "ui_mainwindow.h"
+
+#include "app/commandguard.h"
+#include "app/filemanager.h"
+#include "app/operations.h"
+#include "browse/metadatamodel.h"
+#include "store/database.h"
+#include "ui/metadatadialog.h"
+
+#include <QDebug>
+
+namespace {
+
+constexpr double ratingStep = 1.0;
+constexpr double greatestRating = 100.0;
+
+// The fields that the user edits, on a record that may have changed otherwise meanwhile.
+MetaData withUserFieldsOf(const MetaData& edited, MetaData record)
+{
+    record.setLibrary(edited.library());
+    record.setDescription(edited.description());
+    record.setRating(edited.rating());
+    return record;
+}
+
+} // namespace
+
+MetaData MainWindow::currentRecord() const
+{
+    const QModelIndex index = m_ui->metaDataView->currentIndex();
+    return index.isValid() ? index.data(MetaDataModel::RecordRole).value<MetaData>() : MetaData();
+}
+
+void MainWindow::increaseCurrentMetaDataRating()
+{
+    changeCurrentRating(ratingStep);
+}
+
+void MainWindow::decreaseCurrentMetaDataRating()
+{
+    changeCurrentRating(-ratingStep);
+}
+
+// Each of several quick presses counts, although the answer to the first takes a while. What this window wrote itself
+// is known better than the table, which shows it only after a requery; a record that may have been changed by a command
+// since it was read waits until it has been read again.
+void MainWindow::changeCurrentRating(double step)
+{
+    const MetaData shownRecord = currentRecord();
+    if (m_isCommandRunning || shownRecord.isNull())
+        return;
+    const qint64 id = shownRecord.id();
+    const MetaData record
+        = m_ratedRecords.contains(id) ? m_ratedRecords.value(id) : m_ui->metaDataView->metaDataModel()->freshRecord(id);
+    if (record.isNull())
+        m_waitingRatingSteps[id] += step;
+    else
+        rateRecord(record, step);
+}
+
+void MainWindow::applyWaitingRatingSteps()
+{
+    const QHash<qint64, double> steps = m_waitingRatingSteps;
+    for (auto waiting = steps.cbegin(); waiting != steps.cend(); ++waiting) {
+        const MetaData record = m_ui->metaDataView->metaDataModel()->freshRecord(waiting.key());
+        if (record.isNull())
+            continue;
+        m_waitingRatingSteps.remove(waiting.key());
+        rateRecord(record, waiting.value());
+    }
+}
+
+void MainWindow::rateRecord(MetaData record, double step)
+{
+    const double rating = qBound(0.0, record.rating() + step, greatestRating);
+    if (rating == record.rating())
+        return;
+    record.setRating(rating);
+    m_ratedRecords.insert(record.id(), record);
+    m_ui->metaDataView->metaDataModel()->showChangedRecord(record);
+    saveSelection();
+    pushRecord(record, &MainWindow::requeryLater);
+}
+
+void MainWindow::forgetRatings()
+{
+    m_ratedRecords.clear();
+    m_waitingRatingSteps.clear();
+}
+
+// A failed write says nothing; the requery shows what was stored.
+void MainWindow::pushRecord(const MetaData& record, void (MainWindow::*afterwards)())
+{
+    MetaDataList records;
+    records.append(record);
+    OperationReply* reply = database()->pushMetaData(m_ui->metaDataView->tableId(), records);
+    ++m_pendingWrites;
+    connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
+    connect(reply, &OperationReply::finished, this, [this, afterwards] {
+        --m_pendingWrites;
+        (this->*afterwards)();
+    });
+}
+
+// The record as it is stored now; null when it is gone, or not in this view any more.
+MetaData MainWindow::storedRecord(qint64 id)
+{
+    const MetaDataModel* model = m_ui->metaDataView->metaDataModel();
+    const ReplyPointer rowReply(m_ui->metaDataView->metaDataModel()->lookupRow(id));
+    rowReply->waitForFinished();
+    if (!rowReply->isFinishedDelivered() || rowReply->hasError())
+        return {};
+    QVariantMap parameters = model->queryParameters();
+    parameters.insert(QStringLiteral("offset"), rowReply->result(QStringLiteral("row")));
+    parameters.insert(QStringLiteral("limit"), 1);
+    const ReplyPointer recordReply(database()->pullMetaData(model->tableId(), parameters));
+    recordReply->waitForFinished();
+    if (!recordReply->isFinishedDelivered())
+        return {};
+    const MetaData record = recordReply->result(QStringLiteral("items")).value<MetaDataList>().value(0);
+    return record.id() == id ? record : MetaData();
+}
+
+void MainWindow::openCurrentMetaDataRow()
+{
+    const CommandGuard guard(m_isCommandRunning);
+    if (!guard.isEntered() || currentRecord().isNull())
+        return;
+    const qint64 id = currentRecord().id();
+    if (!waitUntilSettled() || currentRecord().id() != id)
+        return;
+    MetaDataDialog dialog(this);
+    dialog.setMetaData(currentRecord());
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const MetaData record = storedRecord(id);
+    if (record.isNull()) {
+        showFailure(this, dialog.windowTitle(), tr("This record does not exist any more. Nothing was saved."));
+        requery();
+        return;
+    }
+    forgetRatings();
+    saveSelection();
+    pushRecord(withUserFieldsOf(dialog.metaData(), record), &MainWindow::requery);
+}
+
+void MainWindow::revealCurrentFileInSystemFileManager()
+{
+    const MetaData record = currentRecord();
+    if (!record.isNull())
+        revealInFileManager(record.filePath());
+}
