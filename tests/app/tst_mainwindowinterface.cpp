@@ -191,7 +191,7 @@ void MainWindowInterfaceTest::widgetIsThere_data()
     add("playbackVolumeSlider", "QSlider", "upperWidget", false);
     add("lookupEdit", "QLineEdit", "lowerWidget");
     add("rowCountersLabel", "QLabel", "lowerWidget");
-    add("logoWidget", "LogoWidget", "lowerWidget", false);
+    add("logoWidget", "LogoWidget", "lowerWidget");
     add("metaDataView", "MetaDataView", "centralWidget");
 }
 
