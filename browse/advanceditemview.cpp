@@ -75,7 +75,7 @@ void AdvancedItemView::keepShadeVisible()
     if (!m_isToned)
         return;
     QPalette own;
-    own.setColor(QPalette::Base, m_untonedBase.darker(toneOfUnshadedRows));
+    own.setColor(QPalette::Base, QColor(m_untonedBase.darker(toneOfUnshadedRows).rgb()));
     setPalette(own);
 }
 
