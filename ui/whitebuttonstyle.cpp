@@ -12,6 +12,9 @@ constexpr int restingLightness = 105;
 constexpr int hoveredLightness = 110;
 constexpr int checkedBorderDarkness = 130;
 constexpr int checkedRingDarkness = 150;
+// What a disabled button takes over from the ground, and its text from the face.
+constexpr qreal disabledFacePart = 0.3;
+constexpr qreal disabledTextPart = 0.4;
 
 QColor faceOf(const QColor& ground, QStyle::State state)
 {
@@ -69,10 +72,10 @@ ControlLook::Colours WhiteButtonStyle::coloursOf(const QStyleOptionButton& optio
     if (isEnabled)
         return colours;
     const QColor ground = palette.color(QPalette::Window);
-    colours.face = ControlLook::faded(colours.face, ground);
+    colours.face = ControlLook::mixed(colours.face, ground, disabledFacePart);
     colours.topEdge = colours.face;
     colours.border = ControlLook::faded(colours.border, ground);
-    colours.text = ControlLook::faded(colours.text, colours.face);
+    colours.text = ControlLook::mixed(colours.text, colours.face, disabledTextPart);
     return colours;
 }
 

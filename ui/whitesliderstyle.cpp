@@ -13,8 +13,10 @@ constexpr int handleRoom = 18;
 constexpr qreal handleDiameter = 12;
 constexpr qreal grownHandleDiameter = 16;
 constexpr qreal grooveHeight = 4;
-constexpr int grooveDarkness = 115; // per cent
-constexpr int pressedDarkness = 110;
+// So much of the text's colour in the ground's: seen on light and on dark grounds.
+constexpr qreal grooveInk = 0.25;
+constexpr qreal handleBorderInk = 0.4;
+constexpr int pressedDarkness = 110; // per cent
 constexpr int handleLightness = 105;
 
 struct SliderColours
@@ -33,18 +35,19 @@ SliderColours coloursOf(const QStyleOptionSlider& option)
         palette.setCurrentColorGroup(QPalette::Active);
     const bool isPressed = isEnabled && option.state.testFlag(QStyle::State_Sunken);
     SliderColours colours;
-    colours.groove = ControlLook::border(palette).darker(grooveDarkness);
+    const QColor window = palette.color(QPalette::Window);
+    const QColor ink = palette.color(QPalette::WindowText);
+    colours.groove = ControlLook::mixed(window, ink, grooveInk);
     colours.filled = palette.color(QPalette::Highlight);
     colours.handle = isPressed ? palette.color(QPalette::Button).darker(pressedDarkness)
                                : palette.color(QPalette::Button).lighter(handleLightness);
-    colours.handleBorder = colours.groove;
+    colours.handleBorder = ControlLook::mixed(window, ink, handleBorderInk);
     if (isEnabled && option.state.testFlag(QStyle::State_HasFocus))
         colours.handleBorder = colours.filled;
     if (isEnabled)
         return colours;
-    const QColor ground = palette.color(QPalette::Window);
     for (QColor* colour : { &colours.groove, &colours.filled, &colours.handle, &colours.handleBorder })
-        *colour = ControlLook::faded(*colour, ground);
+        *colour = ControlLook::faded(*colour, window);
     return colours;
 }
 
@@ -125,6 +128,9 @@ QRect WhiteSliderStyle::subControlRect(
 
 int WhiteSliderStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const
 {
+    const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (slider && slider->orientation != Qt::Horizontal)
+        return QProxyStyle::pixelMetric(metric, option, widget);
     switch (metric) {
     case PM_SliderThickness:
     case PM_SliderControlThickness:
