@@ -86,7 +86,7 @@ void RowsDrag::fetch(const QVector<int>& rows)
 
 void RowsDrag::handleFetched()
 {
-    const QPointer<OperationReply> reply = m_reply;
+    OperationReply* reply = m_reply.data();
     m_reply.clear();
     reply->deleteLater();
     // Who has let go meanwhile does not want to drag any more.

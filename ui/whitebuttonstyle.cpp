@@ -39,7 +39,7 @@ ControlLook::Colours uncheckedColours(const QPalette& palette, QStyle::State sta
 ControlLook::Colours checkedColours(const QPalette& palette, QStyle::State state)
 {
     ControlLook::Colours colours;
-    const QColor highlight = palette.color(QPalette::Highlight);
+    const QColor& highlight = palette.color(QPalette::Highlight);
     const bool isResting = !(state & (QStyle::State_Sunken | QStyle::State_MouseOver));
     colours.face = isResting ? highlight : faceOf(highlight, state);
     colours.topEdge = colours.face;
