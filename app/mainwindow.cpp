@@ -26,31 +26,7 @@ constexpr int requeryDelay = 20; // milliseconds
 constexpr int stateSaveDelay = 1000; // milliseconds
 constexpr int busySpriteSize = 20; // pixels
 constexpr int busySpriteRate = 12; // frames per second
-constexpr int buttonPadding = 10; // pixels, both sides together
 constexpr int longestWholeCount = 100000; // a count of no more digits is never cut off
-
-// Room around the texts; as some styles have it, the buttons' frames touch them.
-void padButtons(QWidget* panel)
-{
-    const QList<QPushButton*> buttons = panel->findChildren<QPushButton*>();
-    for (QPushButton* button : buttons)
-        button->setMinimumWidth(button->sizeHint().width() + buttonPadding);
-}
-
-// As some styles draw it, a checked button can hardly be told from the others on a dark palette.
-void highlightWhenChecked(QPushButton* button)
-{
-    const auto updatePalette = [button](bool checked) {
-        QPalette palette;
-        if (checked) {
-            palette.setColor(QPalette::Button, palette.color(QPalette::Highlight));
-            palette.setColor(QPalette::ButtonText, palette.color(QPalette::HighlightedText));
-        }
-        button->setPalette(palette);
-    };
-    QObject::connect(button, &QPushButton::toggled, button, updatePalette);
-    updatePalette(button->isChecked());
-}
 
 } // namespace
 
@@ -105,11 +81,8 @@ QSize MainWindow::preferredSize() const
 void MainWindow::buildInterface()
 {
     m_ui->setupUi(this);
-    padButtons(m_ui->topPanel);
     const QString count = tr("Found Records: %1").arg(longestWholeCount);
     m_ui->rowCountersLabel->setMinimumWidth(m_ui->rowCountersLabel->fontMetrics().horizontalAdvance(count));
-    for (QPushButton* button : { m_ui->viewAllButton, m_ui->viewLastScannedButton, m_ui->viewPlaylistButton })
-        highlightWhenChecked(button);
     m_ui->fileMenu->insertSeparator(m_ui->quitAction);
     m_ui->openTableAction->setMenu(m_openTableMenu);
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());

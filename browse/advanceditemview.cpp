@@ -1,58 +1,58 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "browse/advanceditemview.h"
 
+#include "browse/advancedheaderviewstyle.h"
+#include "browse/advanceditemdelegate.h"
+#include "browse/tablelook.h"
+
 #include <QApplication>
 #include <QFontMetrics>
 #include <QHeaderView>
-#include <QStyledItemDelegate>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
 
 namespace {
 
 constexpr double rowHeightInFontHeights = 1.75;
-
-// Rows are one line high: line breaks within a text become blanks.
-class SingleLineDelegate final : public QStyledItemDelegate
-{
-    Q_OBJECT
-
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-    QString displayText(const QVariant& value, const QLocale& locale) const override
-    {
-        static const QString lineBreaks = QStringLiteral("\n\r\u2028\u2029");
-        QString text = QStyledItemDelegate::displayText(value, locale);
-        for (QChar& character : text) {
-            if (lineBreaks.contains(character))
-                character = QLatin1Char(' ');
-        }
-        return text;
-    }
-};
+constexpr int toneOfUnshadedRows = 103; // per cent
 
 } // namespace
 
 AdvancedItemView::AdvancedItemView(QWidget* parent)
     : QTableView(parent)
     , m_rowHeight(int(QFontMetrics(QApplication::font()).height() * rowHeightInFontHeights))
+    , m_cellMargins(TableLook::cellMargins)
 {
-    setItemDelegate(new SingleLineDelegate(this));
+    setItemDelegate(new AdvancedItemDelegate(this));
     verticalHeader()->setDefaultSectionSize(m_rowHeight);
-    verticalHeader()->hide();
-    setAlternatingRowColors(true);
+    setAlternatingRowColors(false);
     setShowGrid(false);
     setWordWrap(false);
     setTextElideMode(Qt::ElideRight);
     setVerticalScrollMode(ScrollPerItem);
     setEditTriggers(NoEditTriggers);
+    setUpHeader();
+    verticalHeader()->hide();
     setSelectionBehavior(SelectRows);
-    horizontalHeader()->setFont(QApplication::font());
-    horizontalHeader()->setMinimumHeight(m_rowHeight);
-    horizontalHeader()->setSectionsMovable(false);
-    horizontalHeader()->show();
+    keepShadeVisible();
 }
 
 AdvancedItemView::~AdvancedItemView() = default;
+
+void AdvancedItemView::setUpHeader()
+{
+    QHeaderView* header = horizontalHeader();
+    header->setFont(QApplication::font());
+    header->show();
+    header->setSectionsMovable(false);
+    auto* style = new AdvancedHeaderViewStyle;
+    style->setParent(header);
+    style->setMinimumSectionHeight(m_rowHeight);
+    style->setCellMargins(m_cellMargins);
+    header->setStyle(style);
+    header->setMinimumHeight(m_rowHeight);
+}
 
 QByteArray AdvancedItemView::saveHeaderState() const
 {
@@ -65,4 +65,86 @@ void AdvancedItemView::restoreHeaderState(const QByteArray& state)
     emit headerStateRestored();
 }
 
-#include "advanceditemview.moc"
+// Nothing is lighter than white: on such a ground the shaded rows are the white ones, and the others step back.
+void AdvancedItemView::keepShadeVisible()
+{
+    const QScopedValueRollback<bool> toning(m_isToning, true);
+    setPalette(QPalette());
+    m_untonedBase = palette().color(QPalette::Active, QPalette::Base);
+    m_isToned = TableLook::rowShade(palette()) == m_untonedBase;
+    if (!m_isToned)
+        return;
+    QPalette own;
+    own.setColor(QPalette::Base, QColor(m_untonedBase.darker(toneOfUnshadedRows).rgb()));
+    setPalette(own);
+}
+
+bool AdvancedItemView::event(QEvent* event)
+{
+    const bool isHandled = QTableView::event(event);
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        keepShadeVisible();
+    // A tone of its own does not follow what is set for the whole window.
+    if (event->type() == QEvent::PaletteChange && m_isToned && !m_isToning && parentWidget()
+        && parentWidget()->palette().color(QPalette::Active, QPalette::Base) != m_untonedBase)
+        keepShadeVisible();
+    return isHandled;
+}
+
+void AdvancedItemView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    // A column that ended at the edge has no line there, and what is only moved gets none.
+    if (dx != 0)
+        viewport()->update();
+}
+
+void AdvancedItemView::paintEvent(QPaintEvent* event)
+{
+    QTableView::paintEvent(event);
+    const int top = rowsBottom() + 1;
+    if (top > event->rect().bottom())
+        return;
+    QPainter painter(viewport());
+    painter.setClipRect(event->rect());
+    paintBands(painter, event->rect(), top);
+    paintColumnLines(painter, top);
+}
+
+// The last pixel of the last row; -1 when there is none.
+int AdvancedItemView::rowsBottom() const
+{
+    const int rows = model() ? model()->rowCount(rootIndex()) : 0;
+    if (rows == 0)
+        return -1;
+    return rowViewportPosition(rows - 1) + QTableView::rowHeight(rows - 1) - 1;
+}
+
+// Only whole bands, whatever part of the table is painted anew.
+void AdvancedItemView::paintBands(QPainter& painter, const QRect& area, int firstBandTop) const
+{
+    const QColor shade = TableLook::rowShade(palette());
+    QRect band(area.left(), firstBandTop, area.width(), m_rowHeight);
+    int row = model() ? model()->rowCount(rootIndex()) : 0;
+    while (band.bottom() <= viewport()->rect().bottom() && band.top() <= area.bottom()) {
+        if (row % 2 == 1)
+            painter.fillRect(band, shade);
+        TableLook::drawBottomLine(painter, band);
+        band.translate(0, m_rowHeight);
+        ++row;
+    }
+}
+
+void AdvancedItemView::paintColumnLines(QPainter& painter, int top) const
+{
+    const QHeaderView* header = horizontalHeader();
+    const QRect area = viewport()->rect();
+    for (int section = 0; section < header->count(); ++section) {
+        if (header->isSectionHidden(section))
+            continue;
+        const QRect column(
+            header->sectionViewportPosition(section), top, header->sectionSize(section), area.bottom() + 1 - top);
+        if (column.right() >= area.left() && column.right() < area.right())
+            TableLook::drawRightLine(painter, column);
+    }
+}

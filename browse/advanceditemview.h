@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QColor>
 #include <QMargins>
 #include <QTableView>
 
-/// The look that the program's tables share: tall rows of whole-row selection, no grid, no vertical header, read-only.
+/// The look that the program's tables share: tall ruled rows of whole-row selection with every second one shaded, a
+/// flat header, no grid, no vertical header, read-only. The ruling goes on below the last row.
 ///
 /// Knows nothing of records. Owner: its Qt parent. Thread: GUI.
 class AdvancedItemView : public QTableView
@@ -27,7 +29,22 @@ public:
 signals:
     void headerStateRestored();
 
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    bool event(QEvent* event) override;
+
 private:
+    void setUpHeader();
+    void keepShadeVisible();
+    int rowsBottom() const;
+    void paintBands(QPainter& painter, const QRect& area, int firstBandTop) const;
+    void paintColumnLines(QPainter& painter, int top) const;
+
     int m_rowHeight;
-    QMargins m_cellMargins{ 6, 6, 12, 6 };
+    QMargins m_cellMargins;
+    // The Base colour that is inherited; the view's own may be a tone of it.
+    QColor m_untonedBase;
+    bool m_isToned = false;
+    bool m_isToning = false;
 };

@@ -2,12 +2,16 @@
 #include "browse/metadatamodel.h"
 
 #include "browse/fieldscollection.h"
+#include "browse/rowsdrag.h"
 #include "store/database.h"
 #include "store/fieldcatalogue.h"
 #include "store/operationreply.h"
 #include "store/valuetext.h"
 
 #include <QEventLoop>
+#include <QMimeData>
+
+#include <algorithm>
 
 namespace {
 
@@ -257,13 +261,27 @@ QVariant MetaDataModel::headerData(int section, Qt::Orientation orientation, int
 Qt::ItemFlags MetaDataModel::flags(const QModelIndex& index) const
 {
     // A view without a drop indicator asks for the flags of no index at all.
-    return QAbstractTableModel::flags(index) | Qt::ItemIsDropEnabled;
+    const Qt::ItemFlags flags = QAbstractTableModel::flags(index) | Qt::ItemIsDropEnabled;
+    return index.isValid() ? flags | Qt::ItemIsDragEnabled : flags;
 }
 
 QStringList MetaDataModel::mimeTypes() const
 {
     static const QStringList types{ QStringLiteral("text/uri-list") };
     return types;
+}
+
+QMimeData* MetaDataModel::mimeData(const QModelIndexList& indexes) const
+{
+    const QSet<int> distinctRows = FieldsCollection::distinctRows(indexes);
+    QList<int> rows = distinctRows.values();
+    std::sort(rows.begin(), rows.end());
+    QStringList filePaths;
+    for (const int row : qAsConst(rows)) {
+        if (isRowFresh(row))
+            filePaths.append(recordAt(row).filePath());
+    }
+    return filePaths.isEmpty() ? nullptr : RowsDrag::addressesOf(filePaths).release();
 }
 
 bool MetaDataModel::dropMimeData(

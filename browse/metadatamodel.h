@@ -111,6 +111,8 @@ public:
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     QStringList mimeTypes() const override;
+    /// The addresses of the files of these rows, each once; rows that are not at hand are left out. Null without any.
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
     bool dropMimeData(
         const QMimeData* data, Qt::DropAction action, int row, int column, const QModelIndex& parent) override;
 

@@ -2,6 +2,7 @@
 #include "browse/metadataview.h"
 
 #include "browse/metadatamodel.h"
+#include "browse/rowsdrag.h"
 
 #include <QAction>
 #include <QDropEvent>
@@ -13,6 +14,8 @@
 #include <QMimeData>
 #include <QScopedValueRollback>
 #include <QUrl>
+
+#include <algorithm>
 
 namespace {
 
@@ -33,6 +36,7 @@ MetaDataView::MetaDataView(QWidget* parent)
     : AdvancedItemView(parent)
     , m_model(new MetaDataModel(this))
     , m_columnsMenu(new QMenu(this))
+    , m_rowsDrag(std::make_unique<RowsDrag>(m_model, this))
 {
     setModel(m_model);
     connectModel();
@@ -58,6 +62,7 @@ MetaDataView::MetaDataView(QWidget* parent)
 
 MetaDataView::~MetaDataView()
 {
+    m_rowsDrag.reset();
     // Now, while the view is whole: the model may wait for its collections, and what it is told meanwhile comes here.
     delete m_model;
 }
@@ -353,4 +358,36 @@ void MetaDataView::dropEvent(QDropEvent* event)
     event->accept();
     AdvancedItemView::dropEvent(event);
     m_pendingScanTimer.start();
+}
+
+// By ranges: an index of each cell would take seconds for a large selection.
+QVector<int> MetaDataView::selectedRows() const
+{
+    QVector<int> rows;
+    const QItemSelection selection = selectionModel()->selection();
+    for (const QItemSelectionRange& range : selection) {
+        for (int row = range.top(); row <= range.bottom(); ++row)
+            rows.append(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    rows.erase(std::unique(rows.begin(), rows.end()), rows.end());
+    return rows;
+}
+
+void MetaDataView::startDrag(Qt::DropActions /*supportedActions*/)
+{
+    m_rowsDrag->begin(selectedRows());
+}
+
+void MetaDataView::mouseMoveEvent(QMouseEvent* event)
+{
+    // The drag is only not ready yet: the base would take the movement for a selection.
+    if (!m_rowsDrag->isFetching())
+        AdvancedItemView::mouseMoveEvent(event);
+}
+
+void MetaDataView::mouseReleaseEvent(QMouseEvent* event)
+{
+    m_rowsDrag->giveUp();
+    AdvancedItemView::mouseReleaseEvent(event);
 }

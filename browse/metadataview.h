@@ -8,9 +8,12 @@
 #include <QTimer>
 #include <QVector>
 
+#include <memory>
+
 class Database;
 class MetaDataModel;
 class QMenu;
+class RowsDrag;
 
 /// The main table: shows one metadata table through its own `MetaDataModel`.
 ///
@@ -73,6 +76,10 @@ protected:
     void dropEvent(QDropEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
+    /// Drags the files of the selected rows out of the program, as copies.
+    void startDrag(Qt::DropActions supportedActions) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:
     void connectModel();
@@ -84,9 +91,11 @@ private:
     void setUpHeader();
     void setUpColumnWidths();
     void emitKeySignal(int key);
+    QVector<int> selectedRows() const;
 
     MetaDataModel* m_model;
     QMenu* m_columnsMenu;
+    std::unique_ptr<RowsDrag> m_rowsDrag;
     QTimer m_lookupTimer;
     QTimer m_pendingScanTimer;
     // Row and column of the saved current index; -1 when there is none.

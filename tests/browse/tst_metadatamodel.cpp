@@ -373,7 +373,7 @@ void MetaDataModelTest::filesMayBeDroppedAnywhere()
     QVERIFY(flags & Qt::ItemIsSelectable);
     QVERIFY(flags & Qt::ItemIsEnabled);
     QVERIFY(!(flags & Qt::ItemIsEditable));
-    QVERIFY(!(flags & Qt::ItemIsDragEnabled));
+    QVERIFY(flags & Qt::ItemIsDragEnabled);
 }
 
 void MetaDataModelTest::droppedDataIsNotInserted()

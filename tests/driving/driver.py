@@ -5,6 +5,7 @@ Needs a display with a window manager and a D-Bus session. Every wait looks for 
 nothing sleeps and hopes.
 """
 
+import itertools
 import os
 import re
 import subprocess
@@ -13,6 +14,7 @@ import time
 import pyatspi
 
 PATIENCE = 40.0
+SCALE = float(os.environ.get("QT_SCALE_FACTOR", "1"))  # accessibility counts in unscaled pixels, the X server does not
 DOUBLE_CLICK = 0.6  # seconds
 LISTED_CHILDREN = 80  # a table of many rows must not be walked cell by cell
 
@@ -55,6 +57,32 @@ def type_text(text):
     xdotool("type", "--delay", 15, text)
 
 
+def drag(source, target, is_accepted, keys=()):
+    """Drags from the middle of one widget to the middle of another and lets go once the drag is seen to be accepted."""
+    x, y = source.centre()
+    xdotool("mousemove", x, y)
+    for key in keys:
+        xdotool("keydown", key)
+    xdotool("mousedown", 1)
+    try:
+        # The first movements start the drag, the later ones show it to the target.
+        for step in range(1, 8):
+            xdotool("mousemove", x + 4 * step, y + 2 * step)
+        x, y = target.centre()
+        moves = itertools.cycle((-4, -2, 0, 2, 4))
+
+        def move_and_look():
+            step = next(moves)
+            xdotool("mousemove", x + 2 * step, y + step)
+            return is_accepted()
+
+        wait_for("the drag to be accepted", move_and_look)
+    finally:
+        xdotool("mouseup", 1)
+        for key in keys:
+            xdotool("keyup", key)
+
+
 def picture(path):
     """A picture of the whole screen."""
     subprocess.run(["import", "-window", "root", path], check=True)
@@ -87,22 +115,26 @@ class Widget:
         e = self.accessible.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
         return e.x, e.y, e.width, e.height
 
-    def click(self, button=1, repeat=1):
+    def centre(self):
+        """In pixels of the X server."""
         x, y, width, height = self.extents()
-        move_and_click(x + width // 2, y + height // 2, button, repeat)
+        return int((x + width / 2) * SCALE), int((y + height / 2) * SCALE)
+
+    def click(self, button=1, repeat=1):
+        move_and_click(*self.centre(), button, repeat)
 
 
 class Program:
     """The program under a driver: started, looked at, operated and ended."""
 
-    def __init__(self, executable):
-        self.executable = executable
+    def __init__(self, executable, *arguments):
+        self.command = [executable, *arguments]
         self.process = None
 
     def start(self):
         environment = dict(os.environ, QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1")
         pyatspi.Registry.getDesktop(0)  # wakes the accessibility bus before the program looks for it
-        self.process = subprocess.Popen([self.executable], env=environment, stderr=subprocess.PIPE, text=True)
+        self.process = subprocess.Popen(self.command, env=environment, stderr=subprocess.PIPE, text=True)
         return self
 
     def wait_for_window(self, title):

@@ -92,6 +92,9 @@ void ResourcesTest::pictureHasItsSize_data()
 
     QTest::newRow("busy sheet") << "Preloader.png" << QSize(240, 20);
     QTest::newRow("sharp busy sheet") << "Preloader@2x.png" << QSize(480, 40);
+    QTest::newRow("magnifier") << "Search.png" << QSize(16, 16);
+    QTest::newRow("sharp magnifier") << "Search@2x.png" << QSize(32, 32);
+    QTest::newRow("sharp word mark") << "Vellumcast@2x.png" << 2 * QImage(":/Resources/Vellumcast.png").size();
     for (const int size : { 16, 32, 48, 128, 256 })
         QTest::addRow("icon %d", size) << QString("ApplicationIcon-%1.png").arg(size) << QSize(size, size);
 }

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QVector>
+
+#include <memory>
+
+class MetaDataModel;
+class OperationReply;
+class QMimeData;
+class QWidget;
+
+/// Carries the files of rows out of the program: a drag of their addresses, to be copied, never moved or linked.
+///
+/// When all rows are at hand the drag starts at once. Otherwise their paths are fetched first, and the drag starts if
+/// the mouse button is still held by then; no row is left out.
+///
+/// Owner: the view. Thread: GUI; while a drag is under way the platform runs an event loop inside `begin()`, or inside
+/// the end of the fetching.
+class RowsDrag : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Neither the model nor the widget that the drags come from is owned; both outlive this.
+    RowsDrag(MetaDataModel* model, QWidget* source);
+    ~RowsDrag() override;
+
+    /// Drags these rows, in this order.
+    void begin(const QVector<int>& rows);
+    /// Forgets what is being fetched; a drag under way goes on.
+    void giveUp();
+    /// True while the paths are being fetched.
+    bool isFetching() const { return !m_reply.isNull(); }
+
+    /// The addresses of these files.
+    static std::unique_ptr<QMimeData> addressesOf(const QStringList& filePaths);
+
+private:
+    void fetch(const QVector<int>& rows);
+    void handleFetched();
+    void carry(const QStringList& filePaths);
+
+    MetaDataModel* m_model;
+    QWidget* m_source;
+    QPointer<OperationReply> m_reply;
+};

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QIcon>
+#include <QLineEdit>
+
+/// A line edit that fits the styled buttons; it may have an icon before its text.
+///
+/// Owner: its Qt parent. Thread: GUI.
+class WhiteLineEdit : public QLineEdit
+{
+    Q_OBJECT
+    Q_PROPERTY(QIcon leadingIcon READ leadingIcon WRITE setLeadingIcon)
+
+public:
+    explicit WhiteLineEdit(QWidget* parent = nullptr);
+
+    QIcon leadingIcon() const;
+    /// Says what the edit is for; a click on it only takes the focus there. A null icon takes it away.
+    void setLeadingIcon(const QIcon& icon);
+
+private:
+    QAction* m_leadingAction = nullptr;
+};
