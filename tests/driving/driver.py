@@ -39,11 +39,15 @@ def xdotool(*arguments):
 last_click = 0.0
 
 
-def move_and_click(x, y, button=1, repeat=1):
+def wait_out_double_click():
+    """Two clicks in quick succession would be taken for a double click."""
     global last_click
-    # Two clicks in quick succession would be taken for a double click.
     time.sleep(max(0.0, last_click + DOUBLE_CLICK - time.monotonic()))
     last_click = time.monotonic()
+
+
+def move_and_click(x, y, button=1, repeat=1):
+    wait_out_double_click()
     xdotool("mousemove", x, y)
     xdotool("click", "--repeat", repeat, "--delay", 80, button)
 
@@ -60,6 +64,7 @@ def type_text(text):
 def drag(source, target, is_accepted, keys=()):
     """Drags from the middle of one widget to the middle of another and lets go once the drag is seen to be accepted."""
     x, y = source.centre()
+    wait_out_double_click()
     xdotool("mousemove", x, y)
     for key in keys:
         xdotool("keydown", key)
