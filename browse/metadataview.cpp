@@ -324,6 +324,10 @@ void MetaDataView::emitKeySignal(int key)
 
 void MetaDataView::dragEnterEvent(QDragEnterEvent* event)
 {
+    if (isOwnDrag(*event)) {
+        event->ignore();
+        return;
+    }
     forceCopyAction(event);
     AdvancedItemView::dragEnterEvent(event);
     // The base takes the proposed action back.
@@ -333,10 +337,20 @@ void MetaDataView::dragEnterEvent(QDragEnterEvent* event)
 
 void MetaDataView::dragMoveEvent(QDragMoveEvent* event)
 {
+    if (isOwnDrag(*event)) {
+        event->ignore();
+        return;
+    }
     forceCopyAction(event);
     AdvancedItemView::dragMoveEvent(event);
     if (event->isAccepted())
         forceCopyAction(event);
+}
+
+// A scan of the table's own files would take their ratings and marks away.
+bool MetaDataView::isOwnDrag(const QDropEvent& event) const
+{
+    return event.source() == this;
 }
 
 void MetaDataView::dropEvent(QDropEvent* event)
@@ -345,8 +359,7 @@ void MetaDataView::dropEvent(QDropEvent* event)
         AdvancedItemView::dropEvent(event);
         return;
     }
-    // A scan of the table's own files would take their ratings and marks away.
-    if (event->source() == this)
+    if (isOwnDrag(*event))
         return;
     const QList<QUrl> urls = event->mimeData()->urls();
     for (const QUrl& url : urls) {

@@ -92,6 +92,7 @@ private:
     void setUpColumnWidths();
     void emitKeySignal(int key);
     QVector<int> selectedRows() const;
+    bool isOwnDrag(const QDropEvent& event) const;
 
     MetaDataModel* m_model;
     QMenu* m_columnsMenu;

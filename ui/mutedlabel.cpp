@@ -30,5 +30,6 @@ void MutedLabel::paintEvent(QPaintEvent* /*event*/)
     if (buddy())
         flags |= Qt::TextShowMnemonic;
     QPainter painter(this);
-    style()->drawItemText(&painter, contentsRect(), flags, muted, true, text(), QPalette::WindowText);
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, contentsRect().width());
+    style()->drawItemText(&painter, contentsRect(), flags, muted, true, shown, QPalette::WindowText);
 }

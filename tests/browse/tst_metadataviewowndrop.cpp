@@ -25,6 +25,7 @@ private:
 
     std::unique_ptr<MetaDataView> m_view;
     std::unique_ptr<QSignalSpy> m_scans;
+    bool m_isEntered = false;
 };
 
 void MetaDataViewOwnDropTest::init()
@@ -50,6 +51,10 @@ bool MetaDataViewOwnDropTest::dropFrom(QWidget* source, const QString& path)
         data.setUrls({ QUrl::fromLocalFile(path) });
         QDropEvent dropped(m_view->viewport()->rect().center(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
         sourceSeen = dropped.source();
+        QDragEnterEvent entered(
+            m_view->viewport()->rect().center(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(m_view->viewport(), &entered);
+        m_isEntered = entered.isAccepted();
         QCoreApplication::sendEvent(m_view->viewport(), &dropped);
         QTest::keyClick(m_view->windowHandle(), Qt::Key_Escape);
     });
@@ -65,6 +70,7 @@ bool MetaDataViewOwnDropTest::dropFrom(QWidget* source, const QString& path)
 void MetaDataViewOwnDropTest::ownRowsAreNotScanned()
 {
     QVERIFY(dropFrom(m_view.get(), "/sounds/own.wav"));
+    QVERIFY(!m_isEntered);
     QWidget other;
     QVERIFY(dropFrom(&other, "/sounds/other.wav"));
 
@@ -77,6 +83,7 @@ void MetaDataViewOwnDropTest::dragOfAnotherWidgetIsScanned()
     QWidget other;
 
     QVERIFY(dropFrom(&other, "/sounds/a.wav"));
+    QVERIFY(m_isEntered);
 
     QVERIFY(m_scans->wait());
     QCOMPARE(m_scans->first().first().toStringList(), QStringList{ "/sounds/a.wav" });

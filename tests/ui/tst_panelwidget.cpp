@@ -22,6 +22,7 @@ private slots:
     void disabledMutedTextIsLegible_data();
     void disabledMutedTextIsLegible();
     void mutedTextShowsMarkupAsItIs();
+    void longMutedTextIsElided();
 };
 
 void PanelWidgetTest::initTestCase()
@@ -99,6 +100,20 @@ void PanelWidgetTest::mutedTextShowsMarkupAsItIs()
     marked.resize(marked.sizeHint());
 
     QVERIFY(Picture(marked).image() != Picture(empty).image());
+}
+
+void PanelWidgetTest::longMutedTextIsElided()
+{
+    const QString text = "Found Records: 100000 (99999 selected)";
+    MutedLabel label;
+    MutedLabel expected;
+    label.setText(text);
+    expected.setText(label.fontMetrics().elidedText(text, Qt::ElideRight, 120));
+    for (MutedLabel* one : { &label, &expected })
+        one->resize(120, 20);
+
+    QCOMPARE(Picture(label).image(), Picture(expected).image());
+    QVERIFY(expected.text() != text);
 }
 
 QTEST_MAIN(PanelWidgetTest)

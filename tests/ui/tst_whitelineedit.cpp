@@ -220,10 +220,15 @@ void WhiteLineEditTest::clearButtonClears()
     auto* button = edit->findChild<QToolButton*>();
     QVERIFY(button);
     QVERIFY(edit->rect().contains(button->geometry()));
+    // It fades in and out.
+    QTRY_COMPARE(button->property("opacity").toReal(), 1.0);
 
     QTest::mouseClick(button, Qt::LeftButton);
 
     QCOMPARE(edit->text(), QString());
+    QTRY_COMPARE(button->property("opacity").toReal(), 0.0);
+    // The animations go by themselves, but not after the last event loop.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 QTEST_MAIN(WhiteLineEditTest)
