@@ -22,13 +22,6 @@ QString text(const char* pattern, const QString& path)
     return QCoreApplication::translate("FileCopy", pattern).arg(path);
 }
 
-OperationReply* failed(const QString& errorText)
-{
-    auto* reply = new OperationReply;
-    reply->setError(errorText);
-    return reply;
-}
-
 // Progress is an int, which bytes of a large file do not fit.
 void reportBytes(OperationReply* reply, qint64 position, qint64 size)
 {
@@ -147,13 +140,20 @@ void runFilesCopy(OperationReply* reply, const QStringList& sources, const QStri
 
 } // namespace
 
+OperationReply* failedReply(const QString& errorText)
+{
+    auto* reply = new OperationReply;
+    reply->setError(errorText);
+    return reply;
+}
+
 OperationReply* copyFile(const QString& sourceFilePath, const QString& targetFilePath, ExistingTarget existingTarget)
 {
     if (!QFileInfo::exists(sourceFilePath))
-        return failed(text(QT_TRANSLATE_NOOP("FileCopy", "Source file not exists: %1"), sourceFilePath));
+        return failedReply(text(QT_TRANSLATE_NOOP("FileCopy", "Source file not exists: %1"), sourceFilePath));
     const bool isReplacing = existingTarget == ExistingTarget::Replace;
     if (!isReplacing && FileSystem::isNameTaken(targetFilePath))
-        return failed(text(QT_TRANSLATE_NOOP("FileCopy", "Target file already exists: %1"), targetFilePath));
+        return failedReply(text(QT_TRANSLATE_NOOP("FileCopy", "Target file already exists: %1"), targetFilePath));
     auto* reply = new OperationReply;
     QtConcurrent::run([reply, sourceFilePath, targetFilePath, isReplacing]() {
         runFileCopy(reply, sourceFilePath, targetFilePath, isReplacing);
@@ -164,9 +164,9 @@ OperationReply* copyFile(const QString& sourceFilePath, const QString& targetFil
 OperationReply* copyFiles(const QStringList& sourceFilePaths, const QString& targetFolderPath)
 {
     if (sourceFilePaths.isEmpty())
-        return failed(QCoreApplication::translate("FileCopy", "Source file paths list is empty"));
+        return failedReply(QCoreApplication::translate("FileCopy", "Source file paths list is empty"));
     if (!FileSystem::isWritableFolder(targetFolderPath))
-        return failed(text(QT_TRANSLATE_NOOP("FileCopy", "Target directory is not valid: %1"), targetFolderPath));
+        return failedReply(text(QT_TRANSLATE_NOOP("FileCopy", "Target directory is not valid: %1"), targetFolderPath));
     auto* reply = new OperationReply;
     reply->setProgress(0, sourceFilePaths.size());
     QtConcurrent::run(

@@ -17,6 +17,9 @@ enum class ExistingTarget
     Replace
 };
 
+/// A reply of an operation that has failed before it began.
+OperationReply* failedReply(const QString& errorText);
+
 /// Copies one file, with its bytes as progress; of a file too large for that, in the unit that the reply tells. Makes
 /// the target's folder.
 ///
