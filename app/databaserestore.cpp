@@ -60,7 +60,8 @@ DatabaseRestore::Outcome DatabaseRestore::end(bool isCopied)
     m_isClosed = false;
     const bool isRestored = isCopied && replaceDatabase();
     tidyUp(isRestored);
-    if (!isRestored)
+    // Never an empty catalogue in the place of one that is kept elsewhere.
+    if (!isRestored && QFileInfo::exists(m_databaseFilePath))
         m_database.open();
     if (isRestored)
         return Outcome::Restored;
@@ -87,6 +88,11 @@ bool DatabaseRestore::replaceDatabase()
 // Tried with a store of its own, so that a file that is no catalogue never takes the database's place.
 bool DatabaseRestore::opens(const QString& filePath)
 {
+    // A store makes a new catalogue where it finds no file.
+    if (!QFileInfo::exists(filePath)) {
+        m_errorText = text(QT_TRANSLATE_NOOP("DatabaseRestore", "Unable to write target file: %1"), filePath);
+        return false;
+    }
     Database candidate(filePath);
     const bool isOpened = candidate.open();
     m_errorText = candidate.lastError();
