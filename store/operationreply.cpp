@@ -31,6 +31,12 @@ void OperationReply::setProgress(int value, int total)
     QMetaObject::invokeMethod(this, "progress", Qt::QueuedConnection, Q_ARG(int, value), Q_ARG(int, total));
 }
 
+void OperationReply::setProgressUnit(qint64 bytes)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_progressUnit = bytes;
+}
+
 void OperationReply::addWarnings(const QStringList& values)
 {
     if (values.isEmpty())
@@ -91,6 +97,12 @@ QVariant OperationReply::result(const QString& key, const QVariant& defaultValue
 {
     const QMutexLocker locker(&m_mutex);
     return m_results.value(key, defaultValue);
+}
+
+qint64 OperationReply::progressUnit() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_progressUnit;
 }
 
 QString OperationReply::errorString() const

@@ -26,6 +26,8 @@ public:
 
     /// `total` is the number of items; -1 while it is not known yet.
     void setProgress(int value, int total);
+    /// How many bytes one step of the progress stands for, 1 unless set. Set before the progress it belongs to.
+    void setProgressUnit(qint64 bytes);
     /// Adds and emits these warnings; an empty list does nothing.
     void addWarnings(const QStringList& values);
     void addWarning(const QString& value);
@@ -37,6 +39,7 @@ public:
     void setResult(const QString& key, const QVariant& value);
 
     QVariant result(const QString& key, const QVariant& defaultValue = QVariant()) const;
+    qint64 progressUnit() const;
     QString errorString() const;
     bool hasError() const;
     bool hasWarnings() const;
@@ -80,6 +83,7 @@ private:
     bool m_finishedDelivered = false;
     int m_progressValue = 0;
     int m_progressTotal = 0;
+    qint64 m_progressUnit = 1;
     QElapsedTimer m_timer;
     qint64 m_elapsedAtFinish = -1;
 };

@@ -169,8 +169,9 @@ QString OperationDialog::statusLine(int value, int total) const
     line.replace(QLatin1String("%v"), QString::number(value));
     line.replace(QLatin1String("%m"), QString::number(total));
     line.replace(QLatin1String("%p"), QString::number(total != 0 ? value / total : 0));
-    line.replace(QLatin1String("%sv"), byteSizeText(value, byteSizeDecimals));
-    line.replace(QLatin1String("%sm"), byteSizeText(total, byteSizeDecimals));
+    const qint64 unit = m_reply->progressUnit();
+    line.replace(QLatin1String("%sv"), byteSizeText(value * unit, byteSizeDecimals));
+    line.replace(QLatin1String("%sm"), byteSizeText(total * unit, byteSizeDecimals));
     if (m_reply->hasWarnings())
         line += tr(" (warnings: %1)").arg(m_reply->warningsCount());
     return line;

@@ -32,7 +32,8 @@ public:
 
     /// Text shown while the total is unknown; "Preparing..." unless set.
     void setWaitText(const QString& text);
-    /// Status line: "%v" value, "%m" total, "%p" value divided by total (whole), "%sv" and "%sm" as byte sizes.
+    /// Status line: "%v" value, "%m" total, "%p" value divided by total (whole), "%sv" and "%sm" as byte sizes
+    /// (counted in the reply's progress unit).
     void setProgressFormat(const QString& format);
     /// Shown after a success; without it the last status line stays.
     void setFinalText(const QString& text);

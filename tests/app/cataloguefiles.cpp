@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/app/cataloguefiles.h"
+
+#include "tests/support/storefixture.h"
+#include "tests/support/testsupport.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+void makeCatalogue(const QString& path, const QString& name, int records)
+{
+    TestSupport::StoreFixture store;
+    store.open();
+    MetaDataList items;
+    for (int number = 0; number < records; ++number)
+        items.append(TestSupport::sampleRecord(QStringLiteral("/%1/%2.wav").arg(name, QString::number(number))));
+    store.insert(1, items);
+    // The expected number goes along, so that a record that got lost shows.
+    store.insert(2, MetaDataList{ TestSupport::sampleRecord(QStringLiteral("/records/%1").arg(records)) });
+    store.destroy();
+    if (!QFile::copy(store.filePath(), path))
+        qFatal("Cannot make %s", qPrintable(path));
+}
+
+QString catalogueIn(const QString& path)
+{
+    using TestSupport::firstValue;
+    if (!QFileInfo::exists(path))
+        return QStringLiteral("missing");
+    const QString check = firstValue(path, QStringLiteral("PRAGMA integrity_check")).toString();
+    if (check != QLatin1String("ok"))
+        return check;
+    const QString records = firstValue(path, QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toString();
+    const QString expected = firstValue(path, QStringLiteral("SELECT filePath FROM MetaData2")).toString();
+    if (expected != QStringLiteral("/records/") + records)
+        return QStringLiteral("%1 records instead of %2").arg(records, expected);
+    const QString first = firstValue(path, QStringLiteral("SELECT MIN(filePath) FROM MetaData1")).toString();
+    const QString last = firstValue(path, QStringLiteral("SELECT MAX(filePath) FROM MetaData1")).toString();
+    const QString name = first.section(QLatin1Char('/'), 1, 1);
+    return name == last.section(QLatin1Char('/'), 1, 1) ? name : QStringLiteral("a mixture");
+}

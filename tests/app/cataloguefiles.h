@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+/// Catalogue files for the tests of backup and restore. Thread: the test's.
+
+/// Makes a catalogue with this many records in table 1, named after it. No store may be open meanwhile.
+void makeCatalogue(const QString& path, const QString& name, int records);
+
+/// What a catalogue file holds: its name, as given to `makeCatalogue()`, when the file is whole in every respect;
+/// "missing" or what is wrong with it otherwise.
+QString catalogueIn(const QString& path);
