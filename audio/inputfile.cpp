@@ -83,7 +83,7 @@ std::int64_t InputFile::seekTo(void* file, std::int64_t offset, int whence)
 int InputFile::read(std::uint8_t* buffer, int size)
 {
     const qint64 wanted = m_isLimited ? std::min(qint64(size), m_bytesLeft) : size;
-    if (wanted <= 0)
+    if (wanted <= 0 || m_isInterrupted)
         return AVERROR_EOF;
     const ssize_t count = ::pread(m_file.handle(), buffer, size_t(wanted), m_position);
     if (count < 0)

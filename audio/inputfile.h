@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QString>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -31,6 +32,8 @@ public:
     /// 0, or FFmpeg's code of the error. Neither pipes nor devices are opened, nor does it wait for one.
     int open(const QString& path);
     void liftLimit() { m_isLimited = false; }
+    /// From now on the file seems to end where it is read. Thread: any.
+    void interrupt() { m_isInterrupted = true; }
     AVIOContext* context() const { return m_context.get(); }
 
 private:
@@ -45,5 +48,6 @@ private:
     qint64 m_position = 0;
     qint64 m_bytesLeft;
     bool m_isLimited = true;
+    std::atomic<bool> m_isInterrupted = false;
     std::unique_ptr<AVIOContext, IoContextDeleter> m_context;
 };

@@ -72,6 +72,12 @@ void MediaInput::close()
     m_streamIndex = -1;
 }
 
+void MediaInput::interrupt()
+{
+    if (m_file)
+        m_file->interrupt();
+}
+
 bool MediaInput::isOpen() const
 {
     return m_codec != nullptr;

@@ -40,6 +40,9 @@ public:
     /// Opens a file that is not opened yet; false when any step failed, with everything closed again.
     bool open(const QString& path);
     void close();
+    /// The open file seems to end from now on, also for a reading that runs in another thread. It must not be closed
+    /// meanwhile.
+    void interrupt();
 
     bool isOpen() const;
     Failure failure() const { return m_failure; }

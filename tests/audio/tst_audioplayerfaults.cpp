@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The player while its sound server hangs or dies. A call that waited for the server would never return.
+#include "audio/audioplayer.h"
+
+#include "tests/audio/soundmaker.h"
+#include "tests/audio/soundserver.h"
+#include "tests/support/messagerecorder.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+class AudioPlayerFaultsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void resettingOnAHungServerDoesNotWait();
+    void pausingOnAHungServerStops();
+    void seekingOnAHungServerStops();
+    void hungServerStopsPlayback();
+    void playbackGoesOnOnceTheServerAnswers();
+    void vanishedFilePlaysOnOrEnds();
+    void deathOfTheServerStopsPlayback();
+
+private:
+    void play();
+    bool hasStalled();
+
+    QTemporaryDir m_folder;
+    QString m_file;
+    std::unique_ptr<SoundServer> m_server;
+    std::unique_ptr<AudioPlayer> m_player;
+};
+
+void AudioPlayerFaultsTest::initTestCase()
+{
+    QVERIFY(m_folder.isValid());
+    m_file = m_folder.filePath("tone.wav");
+    SoundMaker::makeTone(m_file, 60);
+    m_server = std::make_unique<SoundServer>();
+}
+
+void AudioPlayerFaultsTest::init()
+{
+    m_player = std::make_unique<AudioPlayer>();
+}
+
+void AudioPlayerFaultsTest::cleanup()
+{
+    m_server->wake();
+    m_player.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void AudioPlayerFaultsTest::play()
+{
+    QVERIFY(m_player->load(m_file));
+    m_player->togglePlayback();
+    QTRY_VERIFY(m_player->position() > 0.6);
+}
+
+// The output has taken what it has room for, and nothing has gone on since for some time.
+bool AudioPlayerFaultsTest::hasStalled()
+{
+    QSignalSpy position(m_player.get(), &AudioPlayer::currentPositionChanged);
+    const bool isSilent = QTest::qWaitFor(
+        [&position] {
+            const int count = position.count();
+            return !position.wait(1000) && position.count() == count;
+        },
+        10000);
+    return isSilent;
+}
+
+void AudioPlayerFaultsTest::resettingOnAHungServerDoesNotWait()
+{
+    play();
+    m_server->freeze();
+
+    m_player->reset();
+
+    QCOMPARE(m_player->state(), QAudio::StoppedState);
+}
+
+void AudioPlayerFaultsTest::pausingOnAHungServerStops()
+{
+    play();
+    m_server->freeze();
+    QVERIFY(hasStalled());
+    const double position = m_player->position();
+
+    m_player->togglePlayback();
+
+    QCOMPARE(m_player->state(), QAudio::StoppedState);
+    QCOMPARE(m_player->position(), position);
+}
+
+void AudioPlayerFaultsTest::seekingOnAHungServerStops()
+{
+    play();
+    m_server->freeze();
+    QVERIFY(hasStalled());
+
+    m_player->seek(30);
+
+    QCOMPARE(m_player->state(), QAudio::StoppedState);
+    QCOMPARE(m_player->position(), 30.0);
+}
+
+void AudioPlayerFaultsTest::hungServerStopsPlayback()
+{
+    const TestSupport::MessageRecorder recorder;
+    play();
+    QSignalSpy stateChanged(m_player.get(), &AudioPlayer::stateChanged);
+    m_server->freeze();
+
+    QTRY_COMPARE_WITH_TIMEOUT(m_player->state(), QAudio::StoppedState, 20000);
+
+    QVERIFY(!m_player->canBeHeard());
+    QVERIFY(m_player->position() > 0.6);
+    QTRY_VERIFY(!stateChanged.isEmpty());
+    QVERIFY(recorder.messages(QtWarningMsg).contains("The audio server does not answer, playback is stopped"));
+}
+
+void AudioPlayerFaultsTest::playbackGoesOnOnceTheServerAnswers()
+{
+    const TestSupport::MessageRecorder recorder;
+    play();
+    m_server->freeze();
+    QTRY_COMPARE_WITH_TIMEOUT(m_player->state(), QAudio::StoppedState, 20000);
+    const double position = m_player->position();
+    m_server->wake();
+
+    m_player->togglePlayback();
+
+    QCOMPARE(m_player->state(), QAudio::ActiveState);
+    QVERIFY(m_player->canBeHeard());
+    QTRY_VERIFY(m_player->position() > position + 0.5);
+}
+
+void AudioPlayerFaultsTest::vanishedFilePlaysOnOrEnds()
+{
+    const QString copy = m_folder.filePath("copy.wav");
+    QVERIFY(QFile::copy(m_file, copy));
+    QVERIFY(m_player->load(copy));
+    m_player->togglePlayback();
+    QTRY_VERIFY(m_player->position() > 0.6);
+
+    QVERIFY(QFile::resize(copy, 1000));
+
+    // What was read before is played; then the sound ends.
+    QTRY_COMPARE_WITH_TIMEOUT(m_player->state(), QAudio::StoppedState, 20000);
+    QTRY_COMPARE(m_player->fileName(), QString());
+}
+
+void AudioPlayerFaultsTest::deathOfTheServerStopsPlayback()
+{
+    const TestSupport::MessageRecorder recorder;
+    play();
+    QSignalSpy stateChanged(m_player.get(), &AudioPlayer::stateChanged);
+
+    m_server->kill();
+
+    QTRY_COMPARE(m_player->state(), QAudio::StoppedState);
+    QTRY_VERIFY(!stateChanged.isEmpty());
+    QVERIFY(!m_player->canBeHeard());
+    QCOMPARE(m_player->fileName(), m_file);
+    QVERIFY(m_player->position() > 0.6);
+    m_player->togglePlayback();
+    QTRY_COMPARE(m_player->state(), QAudio::StoppedState);
+    QVERIFY(!m_player->canBeHeard());
+    m_player->seek(5);
+    m_player->reset();
+    QCOMPARE(m_player->state(), QAudio::StoppedState);
+}
+
+QTEST_GUILESS_MAIN(AudioPlayerFaultsTest)
+#include "tst_audioplayerfaults.moc"
