@@ -139,6 +139,7 @@ private slots:
     void noRecordsGiveOneBlankPage();
     void printerThatCannotStartIsAnError_data();
     void printerThatCannotStartIsAnError();
+    void catalogueIsNeverOverwritten();
     void missingPrinterIsAnError();
     void fullDiskIsAnError();
     void cancelKeepsThePagesBegun();
@@ -389,6 +390,14 @@ void MetaDataPrinterTest::printerThatCannotStartIsAnError()
 {
     QFETCH(QString, path);
     QCOMPARE(print(m_folder->path() + QLatin1Char('/') + path), QStringLiteral("Unable to start printing"));
+}
+
+void MetaDataPrinterTest::catalogueIsNeverOverwritten()
+{
+    QCOMPARE(print(m_store.filePath()), QStringLiteral("Unable to start printing"));
+
+    QCOMPARE(TestSupport::firstValue(m_store.filePath(), QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(),
+        rowsOfPagedTable);
 }
 
 void MetaDataPrinterTest::missingPrinterIsAnError()
