@@ -14,6 +14,7 @@
 namespace {
 
 constexpr int fontSize = 11; // points
+constexpr QMarginsF pageMargins(20, 10, 10, 10); // left, top, right, bottom
 
 void setUpDocument(QTextDocument& document)
 {
@@ -36,6 +37,12 @@ MetaDataPrinter::MetaDataPrinter(QObject* parent)
 MetaDataPrinter::~MetaDataPrinter()
 {
     releaseOutput();
+}
+
+void MetaDataPrinter::setUpPage(QPrinter* printer)
+{
+    printer->setPageOrientation(QPageLayout::Portrait);
+    printer->setPageMargins(pageMargins, QPageLayout::Millimeter);
 }
 
 void MetaDataPrinter::setTitle(const QString& title)

@@ -32,6 +32,10 @@ public:
     /// Ends painting.
     ~MetaDataPrinter() override;
 
+    /// Portrait, with margins of 20 mm at the left and 10 mm elsewhere: as a report is printed unless the user changes
+    /// it.
+    static void setUpPage(QPrinter* printer);
+
     /// The title of every page; none when it is empty.
     void setTitle(const QString& title);
 

@@ -169,7 +169,8 @@ void MetaDataPrinterTest::init()
     m_folder = std::make_unique<QTemporaryDir>();
     m_device = std::make_unique<QPrinter>(QPrinter::HighResolution);
     m_device->setPageSize(QPageSize(QPageSize::A4));
-    m_device->setPageMargins(QMarginsF(20, 10, 10, 10), QPageLayout::Millimeter);
+    m_device->setPageOrientation(QPageLayout::Landscape);
+    MetaDataPrinter::setUpPage(m_device.get());
     m_device->setOutputFormat(QPrinter::PdfFormat);
     m_printer = std::make_unique<MetaDataPrinter>();
     m_printer->setDatabase(&m_store.database(), pagedTable);
