@@ -2,6 +2,7 @@
 #include "app/databasefiles.h"
 
 #include "app/filesystem.h"
+#include "store/database.h"
 
 #include <QDir>
 #include <QFile>
@@ -49,6 +50,11 @@ bool DatabaseFiles::isPartOfDatabase(const QString& path, const QString& databas
     return file.absoluteDir().canonicalPath() == database.absoluteDir().canonicalPath()
         && std::any_of(std::begin(companionSuffixes), std::end(companionSuffixes),
             [&](const char* suffix) { return file.fileName() == database.fileName() + QLatin1String(suffix); });
+}
+
+bool DatabaseFiles::isPartOfDatabase(const QString& path, const Database* database)
+{
+    return database && isPartOfDatabase(path, database->databaseFilePath());
 }
 
 bool DatabaseFiles::hasCompanions(const QString& databaseFilePath)

@@ -3,6 +3,8 @@
 
 #include <QString>
 
+class Database;
+
 /// The files that make up a catalogue or were left beside it. Thread: any; the catalogue is closed.
 namespace DatabaseFiles {
 
@@ -11,6 +13,8 @@ QString fileBehindLinks(const QString& filePath);
 
 /// Whether the path is the catalogue's file, under whatever name, or one that SQLite keeps beside it.
 bool isPartOfDatabase(const QString& path, const QString& databaseFilePath);
+/// The same for the file of a store; false without a store.
+bool isPartOfDatabase(const QString& path, const Database* database);
 /// Whether SQLite's files stand beside the catalogue: then another program has it open, or changed it and died, and
 /// its file alone is not whole.
 bool hasCompanions(const QString& databaseFilePath);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/metadataexporter.h"
 
+#include "app/databasefiles.h"
 #include "store/fieldcatalogue.h"
 #include "store/valuetext.h"
 
@@ -23,11 +24,11 @@ QString exportedText(const QString& field, const QVariant& value)
     return text.replace(separator, QLatin1Char(' '));
 }
 
-// A device, a pipe or a folder takes no file in its place.
-bool isReplaceable(const QString& filePath)
+// A device, a pipe or a folder takes no file in its place, and the catalogue is never given for a text.
+bool isReplaceable(const QString& filePath, const Database* database)
 {
     const QFileInfo file(filePath);
-    return !file.exists() || file.isFile();
+    return (!file.exists() || file.isFile()) && !DatabaseFiles::isPartOfDatabase(filePath, database);
 }
 
 } // namespace
@@ -60,7 +61,7 @@ void MetaDataExporter::beginOutput()
     }
     m_file = std::make_unique<QSaveFile>(m_filePath);
     m_file->setDirectWriteFallback(true);
-    if (!isReplaceable(m_filePath) || !m_file->open(QIODevice::WriteOnly)) {
+    if (!isReplaceable(m_filePath, database()) || !m_file->open(QIODevice::WriteOnly)) {
         fail(tr("Unable to open file: %1").arg(m_filePath));
         return;
     }

@@ -15,7 +15,7 @@ class QSaveFile;
 ///
 /// A tab inside a value becomes a blank, line feeds stay. The file appears under its name only when it is whole and on
 /// the disk; until then, and when the run fails or is canceled, what stood there before stays as it was. Only a file
-/// that may be written in a folder that may not is written in place.
+/// that may be written in a folder that may not is written in place. The store's own file is refused.
 ///
 /// Errors besides those of the reading: "Invalid file name: %1", "Unable to open file: %1", "Unable to write file: %1".
 ///

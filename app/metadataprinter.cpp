@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/metadataprinter.h"
 
+#include "app/databasefiles.h"
 #include "app/pdffile.h"
 #include "store/valuetext.h"
 
@@ -13,6 +14,7 @@
 namespace {
 
 constexpr int fontSize = 11; // points
+constexpr QMarginsF pageMargins(20, 10, 10, 10); // left, top, right, bottom
 
 void setUpDocument(QTextDocument& document)
 {
@@ -37,6 +39,12 @@ MetaDataPrinter::~MetaDataPrinter()
     releaseOutput();
 }
 
+void MetaDataPrinter::setUpPage(QPrinter* printer)
+{
+    printer->setPageOrientation(QPageLayout::Portrait);
+    printer->setPageMargins(pageMargins, QPageLayout::Millimeter);
+}
+
 void MetaDataPrinter::setTitle(const QString& title)
 {
     m_title = title;
@@ -55,7 +63,9 @@ void MetaDataPrinter::beginOutput()
     m_pageNumber = 1;
     m_isPageStarted = false;
     m_isPageEmpty = true;
-    if (m_printer && m_painter.begin(m_printer))
+    // To begin is to empty the file that is printed to.
+    const bool isAllowed = m_printer && !DatabaseFiles::isPartOfDatabase(m_printer->outputFileName(), database());
+    if (isAllowed && m_painter.begin(m_printer))
         layOutPage();
     else
         fail(tr("Unable to start printing"));

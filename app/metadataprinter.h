@@ -17,6 +17,8 @@ class QPrinter;
 /// below the last. A line that is taller than a page is cut at its foot. Pages that were begun stay printed when the
 /// run fails or is canceled.
 ///
+/// The store's own file is refused as a file to print to.
+///
 /// Errors besides those of the reading: "Unable to start printing", "Unable to start a new page", "Unable to finish
 /// printing" and, when it prints to a file, "Unable to write file: %1".
 ///
@@ -29,6 +31,10 @@ public:
     explicit MetaDataPrinter(QObject* parent = nullptr);
     /// Ends painting.
     ~MetaDataPrinter() override;
+
+    /// Portrait, with margins of 20 mm at the left and 10 mm elsewhere: as a report is printed unless the user changes
+    /// it.
+    static void setUpPage(QPrinter* printer);
 
     /// The title of every page; none when it is empty.
     void setTitle(const QString& title);

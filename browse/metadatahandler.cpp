@@ -57,6 +57,11 @@ void MetaDataHandler::completeOutput() { }
 
 void MetaDataHandler::releaseOutput() { }
 
+Database* MetaDataHandler::database() const
+{
+    return m_database;
+}
+
 void MetaDataHandler::fail(const QString& errorText)
 {
     Q_ASSERT(!errorText.isEmpty());

@@ -54,6 +54,8 @@ protected:
     /// overrides it does the same, for a run that is still under way.
     virtual void releaseOutput();
 
+    /// The store that is read; null when it is gone.
+    Database* database() const;
     /// Ends the run with this error text, which must not be empty, once the hook that calls it has returned.
     void fail(const QString& errorText);
 

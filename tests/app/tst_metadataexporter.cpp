@@ -83,6 +83,8 @@ private slots:
     void relativePathIsRefused();
     void fileThatCannotBeOpenedIsAnError_data();
     void fileThatCannotBeOpenedIsAnError();
+    void catalogueIsNeverOverwritten_data();
+    void catalogueIsNeverOverwritten();
     void writableFileInAReadOnlyFolderIsWrittenInPlace();
     void fullDiskIsAnErrorAndKeepsTheEarlierFile_data();
     void fullDiskIsAnErrorAndKeepsTheEarlierFile();
@@ -279,6 +281,32 @@ void MetaDataExporterTest::fileThatCannotBeOpenedIsAnError()
 
     QVERIFY(namesIn(closed).isEmpty());
     QVERIFY(QFileInfo::exists(QStringLiteral("/dev/full")));
+}
+
+void MetaDataExporterTest::catalogueIsNeverOverwritten_data()
+{
+    QTest::addColumn<QString>("kind");
+    for (const char* kind : { "its path", "a link", "its journal" })
+        QTest::newRow(kind) << kind;
+}
+
+void MetaDataExporterTest::catalogueIsNeverOverwritten()
+{
+    QFETCH(QString, kind);
+    QString path = m_store.filePath();
+    if (kind == QLatin1String("its journal"))
+        path += QLatin1String("-journal");
+    if (kind == QLatin1String("a link")) {
+        path = target();
+        QVERIFY(QFile::link(m_store.filePath(), path));
+    }
+
+    QCOMPARE(exportTo(path), QStringLiteral("Unable to open file: ") + path);
+
+    QCOMPARE(m_store.records(bigTable).size(), rowsOfBigTable);
+    QCOMPARE(namesIn(m_store.folderPath()), QStringList({ "VellumcastDB.dat" }));
+    QCOMPARE(TestSupport::firstValue(m_store.filePath(), QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(),
+        rowsOfBigTable);
 }
 
 void MetaDataExporterTest::writableFileInAReadOnlyFolderIsWrittenInPlace()

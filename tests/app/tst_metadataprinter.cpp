@@ -139,6 +139,7 @@ private slots:
     void noRecordsGiveOneBlankPage();
     void printerThatCannotStartIsAnError_data();
     void printerThatCannotStartIsAnError();
+    void catalogueIsNeverOverwritten();
     void missingPrinterIsAnError();
     void fullDiskIsAnError();
     void cancelKeepsThePagesBegun();
@@ -168,7 +169,8 @@ void MetaDataPrinterTest::init()
     m_folder = std::make_unique<QTemporaryDir>();
     m_device = std::make_unique<QPrinter>(QPrinter::HighResolution);
     m_device->setPageSize(QPageSize(QPageSize::A4));
-    m_device->setPageMargins(QMarginsF(20, 10, 10, 10), QPageLayout::Millimeter);
+    m_device->setPageOrientation(QPageLayout::Landscape);
+    MetaDataPrinter::setUpPage(m_device.get());
     m_device->setOutputFormat(QPrinter::PdfFormat);
     m_printer = std::make_unique<MetaDataPrinter>();
     m_printer->setDatabase(&m_store.database(), pagedTable);
@@ -389,6 +391,14 @@ void MetaDataPrinterTest::printerThatCannotStartIsAnError()
 {
     QFETCH(QString, path);
     QCOMPARE(print(m_folder->path() + QLatin1Char('/') + path), QStringLiteral("Unable to start printing"));
+}
+
+void MetaDataPrinterTest::catalogueIsNeverOverwritten()
+{
+    QCOMPARE(print(m_store.filePath()), QStringLiteral("Unable to start printing"));
+
+    QCOMPARE(TestSupport::firstValue(m_store.filePath(), QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(),
+        rowsOfPagedTable);
 }
 
 void MetaDataPrinterTest::missingPrinterIsAnError()
