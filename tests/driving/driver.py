@@ -62,7 +62,15 @@ def type_text(text):
 
 
 def drag(source, target, is_accepted, keys=()):
-    """Drags from the middle of one widget to the middle of another and lets go once the drag is seen to be accepted."""
+    """Drags from the middle of one widget to the middle of another and lets go once the drag is seen to be accepted.
+    On a busy machine a window may not be where it was said to be: then once more."""
+    for _ in range(5):
+        if drag_once(source, target, is_accepted, keys):
+            return
+    raise AssertionError("the drag is not accepted")
+
+
+def drag_once(source, target, is_accepted, keys):
     x, y = source.centre()
     wait_out_double_click()
     xdotool("mousemove", x, y)
@@ -81,7 +89,11 @@ def drag(source, target, is_accepted, keys=()):
             xdotool("mousemove", x + 2 * step, y + step)
             return is_accepted()
 
-        wait_for("the drag to be accepted", move_and_look)
+        wait_for("the drag to be accepted", move_and_look, patience=8)
+        return True
+    except AssertionError:
+        press("Escape")
+        return False
     finally:
         xdotool("mouseup", 1)
         for key in keys:
