@@ -5,6 +5,7 @@
 
 #include "app/commandguard.h"
 #include "app/databasesession.h"
+#include "audio/audioplayer.h"
 #include "browse/metadatamodel.h"
 #include "ui/settings.h"
 #include "ui/warrantydisclaimerdialog.h"
@@ -44,11 +45,13 @@ MainWindow::MainWindow(QWidget* parent)
     connectButtons();
     buildEmptyTableHint();
     setUpBusySprite();
+    setUpPlayback();
     setUpState();
     createDatabase();
     openDatabase();
     connectDatabase();
     connectView();
+    connectPlayback();
     m_ui->metaDataView->setDatabase(database(), m_ui->metaDataView->tableId());
     updateWindowTitle();
     updateOpenTableMenu();
@@ -238,6 +241,7 @@ void MainWindow::connectStateSaving()
         m_stateSaveTimer.start();
     };
     connect(m_ui->autoPlayButton, &QPushButton::toggled, this, saveLater);
+    connect(m_audioPlayer, &AudioPlayer::volumeChanged, this, saveLater);
     connect(m_ui->filePathLookupAction, &QAction::toggled, this, saveLater);
     // A session's end quits without closing the window.
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &MainWindow::saveWindowState);
@@ -267,6 +271,7 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::endSession()
 {
+    resetAudioPlayer();
     if (!m_session || !m_session->isRunning())
         return;
     // First the reader, then the store: nobody asks a closed store for a page.

@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 
+class AudioPlayer;
 class Database;
 class DatabaseSession;
 class OperationReply;
@@ -72,6 +73,14 @@ public slots:
     void removeFromPlaylist();
     void deleteSelectedRecords();
     void showMetaDataContextMenu(const QPoint& point);
+    void handleCurrentRowChange();
+    /// Plays the one selected record from its beginning, or stops what plays.
+    void playCurrentMetaDataRow();
+    void resetAudioPlayer();
+    void updatePlaybackButtons();
+    void updatePlaybackControls();
+    void updatePlaybackSlider(qreal position);
+    void updatePlaybackVolumeSlider();
 
 protected:
     QSize preferredSize() const override;
@@ -81,6 +90,9 @@ private slots:
     void on_viewAllButton_clicked();
     void on_viewLastScannedButton_clicked();
     void on_viewPlaylistButton_clicked();
+    void on_playbackButton_clicked();
+    void on_playbackSlider_sliderReleased();
+    void on_playbackVolumeSlider_valueChanged(int value);
     void on_scanFilesAction_triggered();
     void on_deleteAllAction_triggered();
     void on_evaluateLibrariesAction_triggered();
@@ -96,13 +108,19 @@ private:
     void connectButtons();
     void buildEmptyTableHint();
     void setUpBusySprite();
+    void setUpPlayback();
     void setUpState();
     void createDatabase();
     void openDatabase();
     bool askToReinitialiseDatabase();
     void connectDatabase();
     void connectView();
+    void connectPlayback();
     void connectStateSaving();
+    void playRestingRow();
+    /// Why nothing is heard; empty while there is no reason.
+    QString playbackFault() const;
+    void showPlaybackFaultOnce();
     /// The user's rules, or the ones that come with the program; nothing, and the user is told, when they cannot be
     /// read.
     std::optional<QString> libraryEvaluationRules();
@@ -140,8 +158,10 @@ private:
     QString m_dataFolder;
     QString m_rulesFilePath;
     QString m_workFolderPath;
-    // Stands in for the player's until there is one; 0 to 1.
-    double m_playbackVolume = 1.0;
+    AudioPlayer* m_audioPlayer = nullptr;
+    // What is told of the last file when it could not be played, and what was told last.
+    QString m_unplayableFile;
+    QString m_shownPlaybackFault;
     // Id of the record to return to after a requery; 0 when there is none.
     qint64 m_savedRow = 0;
     QMenu* m_openTableMenu;
@@ -149,10 +169,12 @@ private:
     // Of the record menu, in its order.
     QList<QAction*> m_recordActions;
     QLabel* m_emptyTableHint = nullptr;
+    QTimer m_playbackTimer;
     QTimer m_requeryTimer;
     QTimer m_stateSaveTimer;
     bool m_isCommandRunning = false;
     bool m_isRowLookupPending = false;
+    bool m_isReturningToRecord = false;
     // Writes of single records, or of a whole table, that nobody waits for.
     int m_pendingWrites = 0;
     // Records as this window wrote them last, and steps for records that have to be read again first, by id.

@@ -10,6 +10,7 @@
 
 #include <QLabel>
 #include <QMenu>
+#include <QScopedValueRollback>
 
 #include <algorithm>
 
@@ -128,8 +129,10 @@ void MainWindow::finalizeRowLookup()
     const int row = reply->result(QStringLiteral("row")).toInt();
     const QModelIndex index = view->model()->index(row, std::max(view->currentIndex().column(), 0));
     // Where the record has not moved, what else is selected stays so.
-    if (row != view->currentIndex().row())
+    if (row != view->currentIndex().row()) {
+        const QScopedValueRollback<bool> returning(m_isReturningToRecord, true);
         view->setCurrentIndex(index);
+    }
     if (!view->viewport()->rect().intersects(view->visualRect(index)))
         view->scrollTo(index);
 }

@@ -130,6 +130,7 @@ void MainWindow::openCurrentMetaDataRow()
     const CommandGuard guard(m_isCommandRunning);
     if (!guard.isEntered() || currentRecord().isNull())
         return;
+    resetAudioPlayer();
     const qint64 id = currentRecord().id();
     if (!waitUntilSettled() || currentRecord().id() != id)
         return;

@@ -4,9 +4,8 @@
 
 #include "ui_mainwindow.h"
 
+#include "audio/audioplayer.h"
 #include "ui/settings.h"
-
-#include <cmath>
 
 namespace {
 
@@ -21,8 +20,7 @@ void MainWindow::restoreWindowState()
     m_ui->metaDataView->setTableId(qBound(firstTable, tableId, lastTable));
     m_stateSaveTimer.start();
     m_ui->autoPlayButton->setChecked(m_settings->value(QStringLiteral("autoPlaybackEnabled"), false).toBool());
-    m_playbackVolume = qBound(0.0, m_settings->value(QStringLiteral("playbackVolume"), 1.0).toDouble(), 1.0);
-    m_ui->playbackVolumeSlider->setValue(int(std::lround(m_playbackVolume * 100)));
+    m_audioPlayer->setVolume(m_settings->value(QStringLiteral("playbackVolume"), 1.0).toDouble());
     m_ui->metaDataView->restoreHeaderState(m_settings->value(QStringLiteral("metaDataViewHeaderState")).toByteArray());
     m_ui->filePathLookupAction->setChecked(m_settings->value(QStringLiteral("filePathLookupEnabled"), false).toBool());
     m_workFolderPath = m_settings->value(QStringLiteral("workFolderPath")).toString();
@@ -33,7 +31,7 @@ void MainWindow::saveWindowState()
     m_stateSaveTimer.stop();
     m_settings->setValue(QStringLiteral("tableId"), m_ui->metaDataView->tableId());
     m_settings->setValue(QStringLiteral("autoPlaybackEnabled"), m_ui->autoPlayButton->isChecked());
-    m_settings->setValue(QStringLiteral("playbackVolume"), m_playbackVolume);
+    m_settings->setValue(QStringLiteral("playbackVolume"), m_audioPlayer->volume());
     m_settings->setValue(QStringLiteral("metaDataViewHeaderState"), m_ui->metaDataView->saveHeaderState());
     m_settings->setValue(QStringLiteral("filePathLookupEnabled"), m_ui->filePathLookupAction->isChecked());
     m_settings->setValue(QStringLiteral("workFolderPath"), m_workFolderPath);

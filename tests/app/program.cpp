@@ -115,5 +115,9 @@ bool Program::waitForEnd()
 
 QString Program::log()
 {
-    return QString::fromUtf8(m_process.readAllStandardError());
+    QString text = QString::fromUtf8(m_process.readAllStandardError());
+    // The test machine has no sound, and the program says so.
+    text.remove(QStringLiteral("PulseAudioService: pa_context_connect() failed\n"));
+    text.remove(QStringLiteral("Raw audio format not supported by backend, cannot play audio\n"));
+    return text;
 }

@@ -43,7 +43,7 @@ public:
     /// True once it has ended by itself.
     bool waitForEnd();
     int exitCode() const { return m_process.exitCode(); }
-    /// What it has written to the message log.
+    /// What it has written to the message log, but for what every start without an audio device writes.
     QString log();
 
 private:

@@ -440,7 +440,10 @@ void MainWindowTest::destroyingWithoutClosingEndsTheStore()
             const MainWindow window;
             QVERIFY(window.isDatabaseOpened());
         }
-        QCOMPARE(log.messages(), QStringList());
+        QStringList messages = log.messages();
+        // The test machine has no sound.
+        messages.removeAll(QStringLiteral("Raw audio format not supported by backend, cannot play audio"));
+        QCOMPARE(messages, QStringList());
     }
     QCOMPARE(QSqlDatabase::connectionNames(), QStringList());
 }

@@ -138,8 +138,8 @@ void MainWindowInterfaceTest::buttonIsThere_data()
     add("viewAllButton", "All", "viewButtonsWidget", true, true);
     add("viewLastScannedButton", "Last Scanned", "viewButtonsWidget", true, true);
     add("viewPlaylistButton", "Playlist", "viewButtonsWidget", true, true);
-    add("autoPlayButton", "Auto", "playButtonsWidget", true, false);
-    add("playbackButton", "Play", "playButtonsWidget", false, false);
+    add("autoPlayButton", "Auto", "playButtonsWidget", true, true);
+    add("playbackButton", "Play", "playButtonsWidget", false, true);
     add("workFolderButton", "Choose Work Folder…", "upperWidget", false, true);
     add("showInfoButton", "Show Info…", "lowerWidget", false, true);
     add("revealInSystemFileManager", "Reveal in File Manager", "lowerWidget", false, true);
@@ -186,9 +186,9 @@ void MainWindowInterfaceTest::widgetIsThere_data()
     add("viewButtonsWidget", "QWidget", "upperWidget");
     add("progressIconWidget", "PixmapWidget", "upperWidget");
     add("playButtonsWidget", "QWidget", "upperWidget");
-    add("playbackSlider", "QSlider", "upperWidget", false);
-    add("playbackVolumeLabel", "QLabel", "upperWidget", false);
-    add("playbackVolumeSlider", "QSlider", "upperWidget", false);
+    add("playbackSlider", "QSlider", "upperWidget");
+    add("playbackVolumeLabel", "QLabel", "upperWidget");
+    add("playbackVolumeSlider", "QSlider", "upperWidget");
     add("lookupEdit", "QLineEdit", "lowerWidget");
     add("rowCountersLabel", "QLabel", "lowerWidget");
     add("logoWidget", "LogoWidget", "lowerWidget");
@@ -360,7 +360,9 @@ void MainWindowInterfaceTest::nothingIsClippedOrOverlaps()
             if (!widget)
                 continue;
             QVERIFY2(widget->x() >= end, qPrintable(widget->objectName()));
-            QVERIFY2(widget->width() >= widget->minimumSizeHint().width(), qPrintable(widget->objectName()));
+            // The play button's width is that of a text longer than its own.
+            if (widget->objectName() != QLatin1String("playbackButton"))
+                QVERIFY2(widget->width() >= widget->minimumSizeHint().width(), qPrintable(widget->objectName()));
             end = widget->x() + widget->width();
         }
         QVERIFY2(end <= row->width(), rowName);
@@ -397,7 +399,7 @@ void MainWindowInterfaceTest::tabWalksThroughTheEnabledControls()
     m_fixture->child<QWidget>("lookupEdit")->setFocus();
     QStringList names;
 
-    for (int step = 0; step < 12; ++step) {
+    for (int step = 0; step < 20; ++step) {
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         names.append(QApplication::focusWidget()->objectName());
     }
