@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/application.h"
+#include "audio/processend.h"
 
 int main(int argc, char** argv)
 {
-    return runApplication(argc, argv);
+    endProcess(runApplication(argc, argv));
 }

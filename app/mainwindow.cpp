@@ -4,6 +4,7 @@
 #include "ui_mainwindow.h"
 
 #include "app/commandguard.h"
+#include "app/databasefiles.h"
 #include "app/databasesession.h"
 #include "audio/audioplayer.h"
 #include "browse/metadatamodel.h"
@@ -105,10 +106,7 @@ void MainWindow::buildRecordMenu()
     };
     addAction(tr("Show Info…"), &MainWindow::openCurrentMetaDataRow);
     addAction(tr("Reveal In %1").arg(tr("Explorer")), &MainWindow::revealCurrentFileInSystemFileManager);
-    // Its command does not exist yet.
-    QAction* copyAction = m_recordMenu->addAction(tr("Copy To Work Folder"));
-    copyAction->setEnabled(false);
-    m_recordActions.append(copyAction);
+    QAction* copyAction = addAction(tr("Copy To Work Folder"), &MainWindow::copySelectedFilesToWorkFolder);
     addAction(tr("Add to Playlist"), &MainWindow::addToPlaylist);
     addAction(tr("Remove from Playlist"), &MainWindow::removeFromPlaylist);
     m_recordMenu->addSeparator();
@@ -169,7 +167,9 @@ void MainWindow::setUpState()
 void MainWindow::createDatabase()
 {
     QDir(m_dataFolder).mkpath(QStringLiteral("."));
-    m_session = std::make_unique<DatabaseSession>(QDir(m_dataFolder).filePath(QStringLiteral("VellumcastDB.dat")));
+    const QString filePath = QDir(m_dataFolder).filePath(QStringLiteral("VellumcastDB.dat"));
+    DatabaseFiles::recoverFromInterruptedRestore(filePath);
+    m_session = std::make_unique<DatabaseSession>(filePath);
 }
 
 void MainWindow::openDatabase()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/databaserestore.h"
 #include "store/metadata.h"
 #include "ui/advancedwindow.h"
 
@@ -72,6 +73,7 @@ public slots:
     void addToPlaylist();
     void removeFromPlaylist();
     void deleteSelectedRecords();
+    void copySelectedFilesToWorkFolder();
     void showMetaDataContextMenu(const QPoint& point);
     void handleCurrentRowChange();
     /// Plays the one selected record from its beginning, or stops what plays.
@@ -101,6 +103,10 @@ private slots:
     void on_rebuildDatabaseAction_triggered();
     void on_tableDisplayNamesAction_triggered();
     void on_workFolderAction_triggered();
+    void on_exportAction_triggered();
+    void on_printReportAction_triggered();
+    void on_backupDatabaseAction_triggered();
+    void on_restoreDatabaseAction_triggered();
 
 private:
     void buildInterface();
@@ -140,6 +146,10 @@ private:
     /// The ids of the selected records; empty when they are not (all) those that the user saw selected.
     QVariantList gatherSelectedIds(const QSet<qint64>& seenIds);
     void setSelectedOnPlaylist(bool isOnPlaylist);
+    bool prepareView();
+    void copyToWorkFolder(const QStringList& filePaths);
+    void finishRestore(DatabaseRestore::Outcome outcome, const QString& errorText);
+    void tellDatabaseIsClosed(const QString& title);
 
     /// Null without a current record, or before it has been read.
     MetaData currentRecord() const;

@@ -8,7 +8,6 @@
 
 #include <QFileInfo>
 #include <QItemSelectionModel>
-#include <QProxyStyle>
 #include <QSignalBlocker>
 #include <QToolTip>
 
@@ -25,19 +24,6 @@ int sliderPosition(double seconds)
     return int(std::lround(std::max(0.0, seconds) * stepsPerSecond));
 }
 
-// A click beside the handle takes it along to where it was clicked.
-class AbsoluteSliderStyle final : public QProxyStyle
-{
-public:
-    int styleHint(
-        StyleHint hint, const QStyleOption* option, const QWidget* widget, QStyleHintReturn* returnData) const override
-    {
-        if (hint == SH_Slider_AbsoluteSetButtons)
-            return Qt::LeftButton;
-        return QProxyStyle::styleHint(hint, option, widget, returnData);
-    }
-};
-
 } // namespace
 
 void MainWindow::setUpPlayback()
@@ -48,9 +34,6 @@ void MainWindow::setUpPlayback()
     connect(m_audioPlayer, &AudioPlayer::changed, this, &MainWindow::updatePlaybackControls);
     connect(m_audioPlayer, &AudioPlayer::currentPositionChanged, this, &MainWindow::updatePlaybackSlider);
     connect(m_audioPlayer, &AudioPlayer::volumeChanged, this, &MainWindow::updatePlaybackVolumeSlider);
-    auto* style = new AbsoluteSliderStyle;
-    style->setParent(m_ui->playbackSlider);
-    m_ui->playbackSlider->setStyle(style);
     // Keys and the wheel move the slider without pressing it.
     connect(m_ui->playbackSlider, &QSlider::actionTriggered, this, [this] {
         if (!m_ui->playbackSlider->isSliderDown())

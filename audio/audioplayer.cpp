@@ -8,15 +8,11 @@
 #include <QAudioOutput>
 #include <QDebug>
 #include <QPointer>
-#include <QThread>
 
 namespace {
 
 constexpr int outputBufferSize = 307200; // bytes; 0.4 s
 constexpr int notifyInterval = 40; // milliseconds
-// Milliseconds. When the process ends, Qt's PulseAudio plugin takes its connection down without stopping the thread
-// that serves it; what the server answers to a stop at that moment crashes the program, once in some 80 times.
-constexpr qint64 settlingTime = 100;
 constexpr double microsecondsPerSecond = 1000000.0;
 
 QAudioFormat playedFormat()
@@ -49,8 +45,6 @@ AudioPlayer::AudioPlayer(QObject* parent)
 AudioPlayer::~AudioPlayer()
 {
     disposeOfOutput();
-    if (m_sinceStop.isValid())
-        QThread::msleep(ulong(qMax<qint64>(0, settlingTime - m_sinceStop.elapsed())));
 }
 
 void AudioPlayer::createOutput()
@@ -76,7 +70,6 @@ void AudioPlayer::disposeOfOutput()
     m_output = nullptr;
     output->disconnect(this);
     output->stop();
-    m_sinceStop.start();
     // Otherwise it would be deleted with its parent, in the middle of that.
     output->setParent(nullptr);
     output->deleteLater();

@@ -3,7 +3,6 @@
 
 #include <QAudio>
 #include <QAudioFormat>
-#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 
@@ -19,6 +18,7 @@ class QAudioOutput;
 /// before.
 ///
 /// An output that is stopped is always disposed of through the event loop, because its destructor runs queued events.
+/// A program that has one of these ends by `endProcess()`.
 ///
 /// Owner: the main window. Thread: GUI.
 class AudioPlayer : public QObject
@@ -27,7 +27,6 @@ class AudioPlayer : public QObject
 
 public:
     explicit AudioPlayer(QObject* parent = nullptr);
-    /// Returns 0.1 s after the last output was stopped, not earlier.
     ~AudioPlayer() override;
 
     /// Seconds; while stopped, where playback will start. It runs up to 0.4 s ahead of what is heard.
@@ -83,7 +82,6 @@ private:
     OutputWatch* m_watch;
     // A child. There is one only while something plays, is paused or has just ended.
     QAudioOutput* m_output = nullptr;
-    QElapsedTimer m_sinceStop;
     double m_startOffset = 0; // seconds
     double m_volume = 1.0;
     bool m_canBeHeard = true;

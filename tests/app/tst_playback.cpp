@@ -4,9 +4,11 @@
 
 #include "tests/audio/soundmaker.h"
 #include "tests/audio/soundserver.h"
+#include "tests/audio/soundtestmain.h"
 #include "tests/support/messagerecorder.h"
 #include "ui/settings.h"
 
+#include <QApplication>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QToolTip>
@@ -415,5 +417,5 @@ void PlaybackTest::deathOfTheServerIsToldByTheButton()
     QVERIFY(!QToolTip::isVisible());
 }
 
-QTEST_MAIN(PlaybackTest)
+SOUND_TEST_MAIN(PlaybackTest, QApplication)
 #include "tst_playback.moc"

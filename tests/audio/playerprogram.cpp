@@ -2,11 +2,14 @@
 // Plays a file and ends after some milliseconds, whatever the player does then.
 // Usage: playerprogram FILE MILLISECONDS
 #include "audio/audioplayer.h"
+#include "audio/processend.h"
 
 #include <QCoreApplication>
 #include <QTimer>
 
-int main(int argc, char** argv)
+namespace {
+
+int play(int argc, char** argv)
 {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
@@ -18,4 +21,11 @@ int main(int argc, char** argv)
         return 3;
     QTimer::singleShot(arguments.at(2).toInt(), &application, &QCoreApplication::quit);
     return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    endProcess(play(argc, argv));
 }

@@ -4,9 +4,11 @@
 
 #include "tests/audio/soundmaker.h"
 #include "tests/audio/soundserver.h"
+#include "tests/audio/soundtestmain.h"
 #include "tests/support/messagerecorder.h"
 
 #include <QAudioOutput>
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -502,5 +504,5 @@ void AudioPlayerTest::randomActionsDoNoHarm()
         QFAIL(qPrintable(message));
 }
 
-QTEST_GUILESS_MAIN(AudioPlayerTest)
+SOUND_TEST_MAIN(AudioPlayerTest, QCoreApplication)
 #include "tst_audioplayer.moc"

@@ -4,8 +4,10 @@
 
 #include "tests/audio/soundmaker.h"
 #include "tests/audio/soundserver.h"
+#include "tests/audio/soundtestmain.h"
 #include "tests/support/messagerecorder.h"
 
+#include <QCoreApplication>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -180,5 +182,5 @@ void AudioPlayerFaultsTest::deathOfTheServerStopsPlayback()
     QCOMPARE(m_player->state(), QAudio::StoppedState);
 }
 
-QTEST_GUILESS_MAIN(AudioPlayerFaultsTest)
+SOUND_TEST_MAIN(AudioPlayerFaultsTest, QCoreApplication)
 #include "tst_audioplayerfaults.moc"

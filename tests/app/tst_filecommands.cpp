@@ -1,0 +1,361 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/app/commandhelpers.h"
+#include "tests/app/windowfixture.h"
+
+#include "app/metadataexporterdialog.h"
+#include "app/metadataprinterdialog.h"
+#include "store/database.h"
+#include "tests/support/testsupport.h"
+#include "ui/operationdialog.h"
+#include "ui/settings.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPrintDialog>
+#include <QPushButton>
+#include <QtTest>
+
+// The commands that write and read files, in the window, with the files and the database read beside it.
+
+using namespace CommandHelpers;
+
+namespace {
+
+QByteArray contents(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void accept(const QDialog& dialog)
+{
+    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+}
+
+// Chooses a path in the next file chooser and notes its title.
+void choose(WindowFixture& fixture, const QString& path, QString* title = nullptr)
+{
+    whenModal<QFileDialog>(&fixture.window(), [path, title](QFileDialog& chooser) {
+        if (title)
+            *title = chooser.windowTitle();
+        auto* edit = chooser.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        edit->setText(path);
+        QTest::keyClick(edit, Qt::Key_Return);
+    });
+}
+
+void chooseWorkFolderInSettings(const QString& folder)
+{
+    Settings(QStringLiteral("MainWindow")).setValue(QStringLiteral("workFolderPath"), folder);
+}
+
+// Presses "Finish" of the next progress dialog that has ended, and notes its warnings and its last status.
+void finish(WindowFixture& fixture, QString* text)
+{
+    whenModal<OperationDialog>(
+        &fixture.window(),
+        [text](OperationDialog& dialog) {
+            const QList<QPlainTextEdit*> consoles = dialog.findChildren<QPlainTextEdit*>();
+            for (const QPlainTextEdit* console : consoles)
+                *text += console->toPlainText();
+            *text += dialog.findChild<QLabel*>(QStringLiteral("statusLabel"))->text();
+            dialog.findChild<QPushButton*>()->click();
+        },
+        [](OperationDialog& dialog) { return dialog.findChild<QPushButton*>()->text() == QLatin1String("Finish"); });
+}
+
+} // namespace
+
+class FileCommandsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void exportWritesTheRecordsOfTheView();
+    void failedExportTellsNoSuccess();
+    void chosenExportFieldsAreKept();
+    void printAsksForTitleAndPrinter();
+    void selectedFilesAreCopiedToTheWorkFolder();
+    void workFolderIsAskedForWhenThereIsNone();
+    void existingCopyIsAWarning();
+    void backupIsTheDatabase();
+    void backupOntoTheDatabaseIsRefused();
+    void canceledChooserBacksNothingUp();
+    void restoreBringsTheBackupBack();
+    void restoreOfAStrangeFileKeepsTheDatabase();
+
+private:
+    void start();
+    QString file(const QString& name) const { return m_fixture->folder().filePath(name); }
+
+    std::unique_ptr<WindowFixture> m_fixture;
+};
+
+void FileCommandsTest::init()
+{
+    m_fixture = std::make_unique<WindowFixture>();
+}
+
+void FileCommandsTest::cleanup()
+{
+    m_fixture.reset();
+}
+
+void FileCommandsTest::start()
+{
+    m_fixture->start();
+    QTRY_VERIFY(isIdle(*m_fixture));
+}
+
+void FileCommandsTest::exportWritesTheRecordsOfTheView()
+{
+    start();
+    // Typed, but the table has not followed yet.
+    m_fixture->child<QLineEdit>("lookupEdit")->setText(QStringLiteral("bell"));
+    whenModal<MetaDataExporterDialog>(&m_fixture->window(), [this](MetaDataExporterDialog& dialog) {
+        dialog.setCheckedFields({ QStringLiteral("fileName"), QStringLiteral("description") });
+        dialog.findChild<QLineEdit*>()->setText(file(QStringLiteral("records.txt")));
+        accept(dialog);
+    });
+    Message outcome;
+    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok, &outcome);
+
+    m_fixture->child<QAction>("exportAction")->trigger();
+
+    QCOMPARE(outcome.title, QStringLiteral("Export Meta Data"));
+    QCOMPARE(outcome.text, QStringLiteral("Records successfully exported"));
+    QStringList expected{ QStringLiteral("fileName\tdescription") };
+    const QVariantList rows = column(*m_fixture,
+        QStringLiteral("SELECT fileName || char(9) || description FROM MetaData1 WHERE description LIKE '%bell%' "
+                       "ORDER BY filePath"));
+    for (const QVariant& row : rows)
+        expected.append(row.toString());
+    QCOMPARE(QString::fromUtf8(contents(file(QStringLiteral("records.txt")))),
+        expected.join(QLatin1Char('\n')) + QLatin1Char('\n'));
+}
+
+void FileCommandsTest::failedExportTellsNoSuccess()
+{
+    start();
+    whenModal<MetaDataExporterDialog>(&m_fixture->window(), [](MetaDataExporterDialog& dialog) {
+        dialog.findChild<QLineEdit*>()->setText(QStringLiteral("relative.txt"));
+        accept(dialog);
+    });
+    QString text;
+    finish(*m_fixture, &text);
+
+    // A success box would wait for an answer that never comes.
+    m_fixture->child<QAction>("exportAction")->trigger();
+
+    QVERIFY2(text.contains(QLatin1String("Invalid file name: relative.txt")), qPrintable(text));
+}
+
+void FileCommandsTest::chosenExportFieldsAreKept()
+{
+    start();
+    const QStringList fields{ QStringLiteral("filePath"), QStringLiteral("year") };
+    whenModal<MetaDataExporterDialog>(&m_fixture->window(), [this, fields](MetaDataExporterDialog& dialog) {
+        dialog.setCheckedFields(fields);
+        dialog.findChild<QLineEdit*>()->setText(file(QStringLiteral("records.txt")));
+        accept(dialog);
+    });
+    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok);
+    m_fixture->child<QAction>("exportAction")->trigger();
+    QStringList checked;
+    whenModal<MetaDataExporterDialog>(&m_fixture->window(), [&checked](MetaDataExporterDialog& dialog) {
+        checked = dialog.checkedFields();
+        dialog.reject();
+    });
+
+    m_fixture->child<QAction>("exportAction")->trigger();
+
+    QCOMPARE(checked, fields);
+}
+
+void FileCommandsTest::printAsksForTitleAndPrinter()
+{
+    start();
+    QString count;
+    whenModal<MetaDataPrinterDialog>(&m_fixture->window(), [&count](MetaDataPrinterDialog& dialog) {
+        const QList<QLabel*> labels = dialog.findChildren<QLabel*>();
+        for (const QLabel* label : labels)
+            count += label->text();
+        dialog.setReportTitle(QStringLiteral("Harbour"));
+        accept(dialog);
+    });
+    bool isPrinterAsked = false;
+    whenModal<QPrintDialog>(&m_fixture->window(), [&isPrinterAsked](QPrintDialog& dialog) {
+        isPrinterAsked = true;
+        dialog.reject();
+    });
+
+    m_fixture->child<QAction>("printReportAction")->trigger();
+
+    QVERIFY(isPrinterAsked);
+    QVERIFY2(count.contains(QString::number(sampleRows)), qPrintable(count));
+    QCOMPARE(Settings(QStringLiteral("MainWindow")).value(QStringLiteral("lastReportTitle")).toString(),
+        QStringLiteral("Harbour"));
+}
+
+void FileCommandsTest::selectedFilesAreCopiedToTheWorkFolder()
+{
+    QDir().mkpath(file(QStringLiteral("work")));
+    chooseWorkFolderInSettings(file(QStringLiteral("work")));
+    const QString sound = file(QStringLiteral("a, b.wav"));
+    TestSupport::writeFile(sound, "sound");
+    column(*m_fixture, QStringLiteral("UPDATE MetaData1 SET filePath='%1' WHERE id=1").arg(sound));
+    start();
+    m_fixture->view().setFilePathLookupEnabled(true);
+    m_fixture->view().setLookup(QStringLiteral("\"a,\"").remove(QLatin1Char('"')), true);
+    QTRY_VERIFY(isIdle(*m_fixture) && m_fixture->view().model()->rowCount() == 1);
+    selectRows(*m_fixture, 0, 0);
+    const DialogTitles dialogs;
+
+    m_fixture->child<QPushButton>("copyToWorkFolderButton")->click();
+
+    QCOMPARE(dialogs.titles(), QStringList(QStringLiteral("Copying Media Files to Work Folder")));
+    QCOMPARE(contents(file(QStringLiteral("work/a, b.wav"))), QByteArray("sound"));
+    QCOMPARE(contents(sound), QByteArray("sound"));
+}
+
+void FileCommandsTest::workFolderIsAskedForWhenThereIsNone()
+{
+    start();
+    selectRows(*m_fixture, 0, 0);
+    QString title;
+    whenModal<QFileDialog>(&m_fixture->window(), [&title](QFileDialog& chooser) {
+        title = chooser.windowTitle();
+        chooser.reject();
+    });
+    const DialogTitles dialogs;
+
+    m_fixture->window().copySelectedFilesToWorkFolder();
+
+    QCOMPARE(title, QStringLiteral("Choose Work Folder"));
+    QVERIFY(dialogs.titles().isEmpty());
+}
+
+void FileCommandsTest::existingCopyIsAWarning()
+{
+    QDir().mkpath(file(QStringLiteral("work")));
+    chooseWorkFolderInSettings(file(QStringLiteral("work")));
+    const QString sound = file(QStringLiteral("a.wav"));
+    TestSupport::writeFile(sound, "new");
+    TestSupport::writeFile(file(QStringLiteral("work/a.wav")), "old");
+    column(*m_fixture, QStringLiteral("UPDATE MetaData1 SET filePath='%1' WHERE id=1").arg(sound));
+    start();
+    m_fixture->view().selectAll();
+    QString text;
+    finish(*m_fixture, &text);
+
+    m_fixture->window().copySelectedFilesToWorkFolder();
+
+    QVERIFY2(text.contains(QLatin1String("Target file with the same name exists: ")), qPrintable(text));
+    QVERIFY2(text.contains(QLatin1String("Invalid source file: ")), qPrintable(text));
+    QCOMPARE(contents(file(QStringLiteral("work/a.wav"))), QByteArray("old"));
+}
+
+void FileCommandsTest::backupIsTheDatabase()
+{
+    start();
+    const QString backup = file(QStringLiteral("backup.dat"));
+    TestSupport::writeFile(backup, "an older backup");
+    QString title;
+    choose(*m_fixture, backup, &title);
+    // The chooser asks before a file is replaced.
+    answer(*m_fixture, QMessageBox::Warning, QMessageBox::Yes);
+    Message outcome;
+    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok, &outcome);
+
+    m_fixture->child<QAction>("backupDatabaseAction")->trigger();
+
+    QCOMPARE(title, QStringLiteral("Backup Database File"));
+    QCOMPARE(outcome.title, QStringLiteral("Database Backup"));
+    QCOMPARE(outcome.text, QStringLiteral("Database backup created successfully"));
+    QCOMPARE(contents(backup), contents(m_fixture->databaseFile()));
+    QCOMPARE(Settings(QStringLiteral("BackupDatabaseDialog")).value(QStringLiteral("lookupDirectory")).toString(),
+        m_fixture->folder().path());
+    // The table is open as before.
+    QVERIFY(m_fixture->window().isDatabaseOpened());
+    m_fixture->view().setLookup(QStringLiteral("bell"), true);
+    QTRY_COMPARE(m_fixture->counters(), QStringLiteral("Found Records: 20"));
+}
+
+void FileCommandsTest::backupOntoTheDatabaseIsRefused()
+{
+    start();
+    choose(*m_fixture, m_fixture->databaseFile());
+    answer(*m_fixture, QMessageBox::Warning, QMessageBox::Yes);
+    QString text;
+    finish(*m_fixture, &text);
+
+    m_fixture->child<QAction>("backupDatabaseAction")->trigger();
+
+    QVERIFY2(text.contains(QLatin1String("The database cannot be its own backup: ")), qPrintable(text));
+    QVERIFY(m_fixture->window().isDatabaseOpened());
+    QCOMPARE(value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(), sampleRows);
+}
+
+void FileCommandsTest::canceledChooserBacksNothingUp()
+{
+    start();
+    whenModal<QFileDialog>(&m_fixture->window(), [](QFileDialog& chooser) { chooser.reject(); });
+    const DialogTitles dialogs;
+
+    m_fixture->child<QAction>("backupDatabaseAction")->trigger();
+
+    QVERIFY(dialogs.titles().isEmpty());
+    QVERIFY(m_fixture->window().isDatabaseOpened());
+}
+
+void FileCommandsTest::restoreBringsTheBackupBack()
+{
+    const QString backup = file(QStringLiteral("backup.dat"));
+    QVERIFY(QFile::copy(m_fixture->databaseFile(), backup));
+    column(*m_fixture, QStringLiteral("DELETE FROM MetaData1 WHERE id > 10"));
+    Settings(QStringLiteral("MainWindow")).setValue(QStringLiteral("tableId"), 3);
+    start();
+    QCOMPARE(m_fixture->counters(), QStringLiteral("Found Records: %1").arg(rowsOfTable3));
+    QString title;
+    choose(*m_fixture, backup, &title);
+    Message outcome;
+    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok, &outcome);
+
+    m_fixture->child<QAction>("restoreDatabaseAction")->trigger();
+
+    QCOMPARE(title, QStringLiteral("Restore Database File"));
+    QCOMPARE(outcome.text, QStringLiteral("Database restored successfully"));
+    QTRY_COMPARE(m_fixture->counters(), QStringLiteral("Found Records: %1").arg(sampleRows));
+    QCOMPARE(m_fixture->view().tableId(), 1);
+    const QStringList files = QFileInfo(m_fixture->databaseFile()).dir().entryList(QDir::Files);
+    QVERIFY2(files.filter(QStringLiteral(".backup")).isEmpty(), qPrintable(files.join(QLatin1Char(' '))));
+}
+
+void FileCommandsTest::restoreOfAStrangeFileKeepsTheDatabase()
+{
+    start();
+    const QString strange = file(QStringLiteral("strange.dat"));
+    TestSupport::writeFile(strange, "this is no database");
+    choose(*m_fixture, strange);
+    Message failure;
+    answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+
+    m_fixture->child<QAction>("restoreDatabaseAction")->trigger();
+
+    QCOMPARE(failure.title, QStringLiteral("Database Restore"));
+    QCOMPARE(failure.text, QStringLiteral("Database restore failed"));
+    QVERIFY(!failure.informativeText.isEmpty());
+    QVERIFY(m_fixture->window().isDatabaseOpened());
+    QCOMPARE(value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(), sampleRows);
+}
+
+QTEST_MAIN(FileCommandsTest)
+#include "tst_filecommands.moc"
