@@ -183,7 +183,8 @@ void MainWindow::on_restoreDatabaseAction_triggered()
         const ReplyPointer reply(restore.start(filePath));
         isCopied = runInDialog(this, reply.get(), copyTexts());
     }
-    finishRestore(restore.end(isCopied), restore.errorText());
+    const DatabaseRestore::Outcome outcome = restore.end(isCopied);
+    finishRestore(outcome, restore.errorText());
 }
 
 void MainWindow::finishRestore(DatabaseRestore::Outcome outcome, const QString& errorText)

@@ -133,10 +133,10 @@ void MetaDataExporterDialog::setUpButtons()
     connect(m_buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
-void MetaDataExporterDialog::setCheckedFields(const QStringList& names)
+void MetaDataExporterDialog::setCheckedFields(const QStringList& fields)
 {
     for (QCheckBox* box : qAsConst(m_fieldBoxes))
-        box->setChecked(names.contains(fieldOf(box)));
+        box->setChecked(fields.contains(fieldOf(box)));
 }
 
 QStringList MetaDataExporterDialog::checkedFields() const

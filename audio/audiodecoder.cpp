@@ -140,7 +140,7 @@ QByteArray AudioDecoder::decode(int maxBytes)
 {
     while (isOpen() && !m_isAtEnd && m_pending.size() < maxBytes)
         decodeFurther();
-    const QByteArray bytes = m_pending.left(std::max(0, maxBytes));
+    QByteArray bytes = m_pending.left(std::max(0, maxBytes));
     m_pending.remove(0, bytes.size());
     return bytes;
 }

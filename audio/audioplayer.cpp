@@ -7,7 +7,6 @@
 #include <QAudioDeviceInfo>
 #include <QAudioOutput>
 #include <QDebug>
-#include <QPointer>
 
 namespace {
 
@@ -51,6 +50,7 @@ void AudioPlayer::createOutput()
 {
     disposeOfOutput();
     m_output = new QAudioOutput(m_format, this);
+    ++m_outputNumber;
     m_output->setBufferSize(outputBufferSize);
     m_output->setNotifyInterval(notifyInterval);
     m_output->setVolume(m_volume);
@@ -199,10 +199,9 @@ bool AudioPlayer::isPlayedOut() const
 void AudioPlayer::resetLaterWhenPlayedOut()
 {
     m_startOffset = 0;
-    // Meanwhile something else may have been started.
-    const QPointer<QAudioOutput> output = m_output;
-    const auto finish = [this, output] {
-        if (output && output == m_output && m_source->atEnd())
+    const auto finish = [this, outputNumber = m_outputNumber] {
+        const bool isStillTheSame = m_output && outputNumber == m_outputNumber;
+        if (isStillTheSame && m_source->atEnd())
             reset();
     };
     QMetaObject::invokeMethod(this, finish, Qt::QueuedConnection);

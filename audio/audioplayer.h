@@ -82,6 +82,7 @@ private:
     OutputWatch* m_watch;
     // A child. There is one only while something plays, is paused or has just ended.
     QAudioOutput* m_output = nullptr;
+    int m_outputNumber = 0; // of the newest
     double m_startOffset = 0; // seconds
     double m_volume = 1.0;
     bool m_canBeHeard = true;

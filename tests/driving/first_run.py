@@ -107,11 +107,15 @@ def check_lookups(program, total):
 # The toolkit's own words about windows and cells that went away while the driver looked at them.
 DRIVEN_NOISE = ("qt.qpa.xcb: QXcbConnection: XCB error", "QAccessibleTable::child: Invalid index")
 
+# On a machine without a sound device, where these tests run too.
+WITHOUT_SOUND = ("PulseAudioService: pa_context_connect() failed",
+                 "Raw audio format not supported by backend, cannot play audio")
+
 
 def end(program):
     press("ctrl+q")
     check("exit code", program.wait_for_end(), 0)
-    said = [line for line in program.errors.splitlines() if line and not line.startswith(DRIVEN_NOISE)]
+    said = [line for line in program.errors.splitlines() if line and not line.startswith(DRIVEN_NOISE + WITHOUT_SOUND)]
     check("what the program said", said, [])
 
 
