@@ -92,8 +92,7 @@ void MainWindow::buildInterface()
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
     connect(m_ui->quitAction, &QAction::triggered, this, &QWidget::close);
     connect(m_ui->filePathLookupAction, &QAction::toggled, m_ui->metaDataView, &MetaDataView::setFilePathLookupEnabled);
-    m_ui->lookupEdit->setFocus();
-    setPreparedCentralWidget(takeCentralWidget());
+    setPreparedCentralWidget(takeCentralWidget(), m_ui->metaDataView);
 }
 
 void MainWindow::buildRecordMenu()

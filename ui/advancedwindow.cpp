@@ -38,9 +38,10 @@ AdvancedWindow::AdvancedWindow(const QString& settingsGroup, QWidget* parent)
 
 AdvancedWindow::~AdvancedWindow() = default;
 
-void AdvancedWindow::setPreparedCentralWidget(QWidget* widget)
+void AdvancedWindow::setPreparedCentralWidget(QWidget* widget, QWidget* focusWidget)
 {
     m_preparedCentralWidget = widget;
+    m_firstFocusWidget = focusWidget;
     widget->setParent(this);
     widget->hide();
 }
@@ -79,6 +80,8 @@ void AdvancedWindow::configureWindow()
     if (m_preparedCentralWidget) {
         setCentralWidget(m_preparedCentralWidget);
         m_preparedCentralWidget->show();
+        if (m_firstFocusWidget)
+            m_firstFocusWidget->setFocus();
         m_preparedCentralWidget = nullptr;
     }
     m_isConfigured = true;

@@ -37,8 +37,8 @@ public slots:
     void saveGeometry();
 
 protected:
-    /// The widget that the window shows once it is prepared; the window owns it.
-    void setPreparedCentralWidget(QWidget* widget);
+    /// The widget that the window shows once it is prepared, and what in it has the focus then; the window owns both.
+    void setPreparedCentralWidget(QWidget* widget, QWidget* focusWidget = nullptr);
     /// Size of a window that was never shown on this screen size; it is centred.
     virtual QSize preferredSize() const;
     bool event(QEvent* event) override;
@@ -61,6 +61,7 @@ private:
     QTimer m_saveTimer;
     QTimer m_announceTimer;
     QWidget* m_preparedCentralWidget = nullptr;
+    QWidget* m_firstFocusWidget = nullptr;
     // Of the whole frame, as it was kept.
     std::optional<QPoint> m_restoredPosition;
     // How often the frame may still be moved to its place; a window manager may have its own mind.
