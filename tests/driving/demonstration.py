@@ -81,6 +81,46 @@ def play(program, sounds, pictures):
     picture(os.path.join(pictures, "6-sorted-by-duration.png"))
 
 
+# Entries that open a dialog: menu, entry, title of the window, picture.
+DIALOGS = [
+    ("Edit", "Search and Replace…", "Search and Replace", "9-search-and-replace.png"),
+    ("Edit", "Set Table Names…", "Meta Data Table Names", "10-table-names.png"),
+    ("Edit", "Set Library Evaluation Rules…", "Library Evaluation Rules", "11-library-rules.png"),
+    ("File", "Export Records…", "Export Meta Data", "12-export.png"),
+    ("File", "Print Report…", "Print Report", "13-print.png"),
+    ("Help", "About Vellumcast", "About Vellumcast", "14-about.png"),
+]
+
+
+def work_with_a_record(program, pictures):
+    program.find("table cell", "Bell buoy in fog, far").click()
+    press("plus", "plus", "plus")
+    wait_for("the rating of the record", lambda: "4.0" in program.cell_texts("Rating"))
+    program.find("push button", "Add to Playlist").click()
+    program.find("radio button|toggle button|check box|push button", "Playlist").click()
+    program.wait_for_label("Found Records: 1")
+    program.find("table cell", "Bell buoy in fog, far").click()
+    program.find("push button", "Play").click()
+    picture(os.path.join(pictures, "7-playlist.png"))
+    program.find("push button", "Show Info…").click()
+    program.wait_for_window("Media Meta Data")
+    picture(os.path.join(pictures, "8-record.png"))
+    press("Escape")
+    program.wait_without_window("Media Meta Data")
+    program.find("radio button|toggle button|check box|push button", "All").click()
+    program.wait_for_label("Found Records: [1-9][0-9]+")
+
+
+def open_the_dialogs(program, pictures):
+    for menu, entry, title, name in DIALOGS:
+        program.find("menu item", menu).click()
+        program.find("menu item", entry).click()
+        program.wait_for_window(title)
+        picture(os.path.join(pictures, name))
+        press("Escape")
+        program.wait_without_window(title)
+
+
 def main():
     executable, pictures = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     sounds = os.path.join(os.environ["TMPDIR"], "Sounds")
@@ -88,6 +128,8 @@ def main():
     program = Program(executable).start()
     try:
         play(program, sounds, pictures)
+        work_with_a_record(program, pictures)
+        open_the_dialogs(program, pictures)
         press("ctrl+q")
         code = program.wait_for_end()
     finally:
