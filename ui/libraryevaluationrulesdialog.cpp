@@ -3,7 +3,10 @@
 
 #include "ui_libraryevaluationrulesdialog.h"
 
+#include "ui/lightground.h"
+
 #include <QFontDatabase>
+#include <QFontInfo>
 #include <QPushButton>
 #include <QTextBlock>
 
@@ -12,6 +15,9 @@ namespace {
 QFont fixedFont(const QFont& dialogFont)
 {
     QFont font = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    // A desktop that names none has its ordinary font here.
+    if (!QFontInfo(font).fixedPitch())
+        font = QFont(QStringLiteral("Monospace"));
     font.setPointSizeF(dialogFont.pointSizeF());
     return font;
 }
@@ -39,6 +45,7 @@ LibraryEvaluationRulesDialog::LibraryEvaluationRulesDialog(QWidget* parent)
 {
     m_ui->setupUi(this);
     m_ui->rulesEdit->setFont(fixedFont(font()));
+    giveLightGround(m_ui->rulesEdit);
     new SyntaxHighlighter(m_ui->rulesEdit->document());
     QPushButton* saveAllButton = m_ui->buttonBox->button(QDialogButtonBox::SaveAll);
     saveAllButton->setText(QStringLiteral("  %1  ").arg(tr("Save and (Re)Evaluate Libraries")));

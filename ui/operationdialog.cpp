@@ -5,6 +5,7 @@
 
 #include "store/operationreply.h"
 #include "store/valuetext.h"
+#include "ui/lightground.h"
 
 #include <QHideEvent>
 #include <QLayout>
@@ -16,16 +17,6 @@ namespace {
 
 constexpr int elapsedTimeInterval = 250; // milliseconds
 constexpr int byteSizeDecimals = 2;
-
-// Dark red text needs a light ground, whatever the palette.
-void lightenConsole(QPlainTextEdit* console)
-{
-    QPalette palette = console->palette();
-    if (palette.color(QPalette::Base).lightness() > 160)
-        return;
-    palette.setColor(QPalette::Base, QColor(244, 240, 240));
-    console->setPalette(palette);
-}
 
 } // namespace
 
@@ -42,7 +33,8 @@ OperationDialog::OperationDialog(QWidget* parent)
     m_button->setMinimumWidth(m_button->sizeHint().width());
     m_ui->warningsConsole->hide();
     m_ui->optionCheckBox->hide();
-    lightenConsole(m_ui->warningsConsole);
+    // Its text is dark red.
+    giveLightGround(m_ui->warningsConsole);
     m_elapsedTimeTimer.setInterval(elapsedTimeInterval);
     connect(&m_elapsedTimeTimer, &QTimer::timeout, this, &OperationDialog::updateElapsedTime);
     connect(m_ui->buttonBox, &QDialogButtonBox::rejected, this, &OperationDialog::reject);
