@@ -18,7 +18,10 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPrintDialog>
+#include <QPrinter>
+#include <QProcess>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QtTest>
 
 // The commands that write and read files, in the window, with the files and the database read beside it.
@@ -83,6 +86,7 @@ private slots:
     void failedExportTellsNoSuccess();
     void chosenExportFieldsAreKept();
     void printAsksForTitleAndPrinter();
+    void printWritesTheViewsRecords();
     void selectedFilesAreCopiedToTheWorkFolder();
     void workFolderIsAskedForWhenThereIsNone();
     void existingCopyIsAWarning();
@@ -203,6 +207,33 @@ void FileCommandsTest::printAsksForTitleAndPrinter()
     QVERIFY2(count.contains(QString::number(sampleRows)), qPrintable(count));
     QCOMPARE(Settings(QStringLiteral("MainWindow")).value(QStringLiteral("lastReportTitle")).toString(),
         QStringLiteral("Harbour"));
+}
+
+void FileCommandsTest::printWritesTheViewsRecords()
+{
+    start();
+    m_fixture->view().setLookup(QStringLiteral("bell"), true);
+    QTRY_VERIFY(isIdle(*m_fixture));
+    const QString report = file(QStringLiteral("report.pdf"));
+    whenModal<MetaDataPrinterDialog>(&m_fixture->window(), [](MetaDataPrinterDialog& dialog) {
+        dialog.setReportTitle(QStringLiteral("Bells & <buoys>"));
+        accept(dialog);
+    });
+    whenModal<QPrintDialog>(&m_fixture->window(), [report](QPrintDialog& dialog) {
+        dialog.printer()->setOutputFileName(report);
+        dialog.accept();
+    });
+
+    m_fixture->child<QAction>("printReportAction")->trigger();
+
+    QProcess reader;
+    reader.start(QStringLiteral("pdftotext"), { QStringLiteral("-layout"), report, QStringLiteral("-") });
+    QVERIFY(reader.waitForFinished());
+    const QString text = QString::fromUtf8(reader.readAllStandardOutput());
+    QVERIFY2(text.contains(QLatin1String("Bells & <buoys>")), qPrintable(text));
+    const int records = text.count(QRegularExpression(QStringLiteral("\\d+\\. take_\\d+\\.wav - Bell buoy")));
+    QCOMPARE(records,
+        value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1 WHERE description LIKE '%bell%'")).toInt());
 }
 
 void FileCommandsTest::selectedFilesAreCopiedToTheWorkFolder()
