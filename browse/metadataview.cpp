@@ -173,6 +173,7 @@ void MetaDataView::saveCurrentIndex()
 {
     m_savedRow = currentIndex().row();
     m_savedColumn = currentIndex().column();
+    m_isSavedRowSelected = m_savedRow >= 0 && selectionModel()->isRowSelected(m_savedRow, QModelIndex());
 }
 
 void MetaDataView::saveSelectedRows()
@@ -202,8 +203,11 @@ void MetaDataView::restoreSavedSelection()
     setAutoScroll(false);
     if (m_savedRow >= 0 && m_savedColumn >= 0) {
         const QModelIndex current = m_model->index(m_savedRow, m_savedColumn);
-        if (current.isValid())
+        // The focus alone makes a row current; it was not chosen and is not afterwards.
+        if (current.isValid() && m_isSavedRowSelected)
             setCurrentIndex(current);
+        else if (current.isValid())
+            selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
     }
     QItemSelection selection;
     for (const auto& [top, bottom] : qAsConst(m_savedRowRanges)) {

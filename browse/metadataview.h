@@ -102,6 +102,7 @@ private:
     // Row and column of the saved current index; -1 when there is none.
     int m_savedRow = -1;
     int m_savedColumn = -1;
+    bool m_isSavedRowSelected = false;
     QVector<QPair<int, int>> m_savedRowRanges;
     QString m_lookup;
     QStringList m_pendingPaths;

@@ -52,6 +52,7 @@ private slots:
     void cleanup();
     void cleanupTestCase();
     void requeryKeepsTheCurrentRow();
+    void rowThatOnlyHasTheFocusIsNotSelectedByARequery();
     void requeryKeepsTheSelectedRowsWhenAsked();
     void selectionSurvivesAChangedCount();
     void vanishedRowsAreNotSelected();
@@ -130,6 +131,18 @@ void MetaDataViewSelectionTest::requeryKeepsTheCurrentRow()
 
     QCOMPARE(m_view->currentIndex(), m_view->model()->index(700, 2));
     QCOMPARE(selectedRows(*m_view), QList<int>{ 700 });
+}
+
+void MetaDataViewSelectionTest::rowThatOnlyHasTheFocusIsNotSelectedByARequery()
+{
+    m_view->clearSelection();
+    m_view->selectionModel()->setCurrentIndex(m_view->model()->index(0, 0), QItemSelectionModel::NoUpdate);
+
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->currentIndex().row(), 0);
+    QCOMPARE(selectedRows(*m_view), QList<int>());
 }
 
 void MetaDataViewSelectionTest::requeryKeepsTheSelectedRowsWhenAsked()
