@@ -3,14 +3,13 @@
 #pragma once
 
 #include "tests/support/picture.h"
+#include "tests/ui/contrast.h"
 
 #include <QApplication>
 #include <QPainter>
 #include <QStyle>
 #include <QStyleOption>
 #include <QtTest>
-
-#include <cmath>
 
 namespace TestSupport {
 
@@ -71,22 +70,6 @@ inline Picture paintControl(
     painter.setFont(QApplication::font());
     style.drawControl(element, &option, &painter, widget);
     return Picture(image);
-}
-
-inline double luminanceOf(const QColor& colour)
-{
-    const auto linear = [](double part) {
-        return part <= 0.03928 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(colour.redF()) + 0.7152 * linear(colour.greenF()) + 0.0722 * linear(colour.blueF());
-}
-
-/// From 1, no contrast at all, to 21, black on white.
-inline double contrastOf(const QColor& one, const QColor& other)
-{
-    const double first = luminanceOf(one) + 0.05;
-    const double second = luminanceOf(other) + 0.05;
-    return std::max(first, second) / std::min(first, second);
 }
 
 /// Counts the paint events of a widget.

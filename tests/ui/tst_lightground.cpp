@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/lightground.h"
 
-#include "tests/ui/contrast.h"
+#include "tests/ui/controltest.h"
 
 #include <QPlainTextEdit>
 #include <QtTest>
@@ -31,13 +31,14 @@ void LightGroundTest::lightPaletteStaysAsItIs()
 void LightGroundTest::darkPaletteGetsALightGround()
 {
     QPlainTextEdit editor;
-    editor.setPalette(darkPalette());
+    editor.setPalette(TestSupport::controlPalette(true));
 
     giveLightGround(&editor);
 
     const QColor ground = editor.palette().color(QPalette::Base);
     for (const QColor& text : { editor.palette().color(QPalette::Text), QColor("green"), QColor(0x80, 0, 0) })
-        QVERIFY2(contrast(ground, text) >= 4.5, qPrintable(text.name() + QStringLiteral(" on ") + ground.name()));
+        QVERIFY2(TestSupport::contrastOf(ground, text) >= 4.5,
+            qPrintable(text.name() + QStringLiteral(" on ") + ground.name()));
 }
 
 QTEST_MAIN(LightGroundTest)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // The dialog's window on a real display: its form, its size, its colours, mouse and keyboard.
 #include "operationdialogdriver.h"
-#include "tests/ui/contrast.h"
+#include "tests/ui/controltest.h"
 
 #include <QApplication>
 #include <QLayout>
@@ -144,7 +144,7 @@ void OperationDialogWindowTest::warningsAreReadable_data()
     QTest::addColumn<QPalette>("palette");
 
     QTest::newRow("light") << QApplication::palette();
-    QTest::newRow("dark") << darkPalette();
+    QTest::newRow("dark") << TestSupport::controlPalette(true);
 }
 
 void OperationDialogWindowTest::warningsAreReadable()
@@ -160,7 +160,7 @@ void OperationDialogWindowTest::warningsAreReadable()
         QTRY_VERIFY(console(dialog)->isVisible());
         QCOMPARE(console(dialog)->palette().color(QPalette::Text), QColor(0x80, 0, 0));
         const QColor paper = ground(console(dialog));
-        QVERIFY2(contrast(paper, QColor(0x80, 0, 0)) >= 7, qPrintable(paper.name()));
+        QVERIFY2(TestSupport::contrastOf(paper, QColor(0x80, 0, 0)) >= 7, qPrintable(paper.name()));
         reply.cancel();
         reply.setError("Canceled");
     });
