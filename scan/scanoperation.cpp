@@ -92,7 +92,7 @@ public:
 private:
     QStringList listFiles(const QStringList& paths);
     void writeFiles(const QStringList& files);
-    QStringList writeBatch(MetaDataList records);
+    QStringList writeBatch(RecordWriter& writer, MetaDataList records);
     void warnOfSpellings(const MetaDataList& records);
     void finish(Transaction& transaction);
 
@@ -133,8 +133,9 @@ QStringList Scan::listFiles(const QStringList& paths)
 void Scan::writeFiles(const QStringList& files)
 {
     BatchReader reader(files);
+    RecordWriter writer(m_connection, m_tableId, m_scanTimestamp, true);
     while (!reader.atEnd() && !m_reply->isCanceled()) {
-        const QStringList warnings = writeBatch(reader.next());
+        const QStringList warnings = writeBatch(writer, reader.next());
         m_reply->setProgress(reader.taken(), files.size());
         m_reply->addWarnings(warnings);
         // The commit then fails, and says so.
@@ -143,11 +144,11 @@ void Scan::writeFiles(const QStringList& files)
     }
 }
 
-QStringList Scan::writeBatch(MetaDataList records)
+QStringList Scan::writeBatch(RecordWriter& writer, MetaDataList records)
 {
     applyLibraryRules(records, m_rules);
     warnOfSpellings(records);
-    const MetaDataList failedRecords = writeMetaData(m_connection, m_tableId, records, m_scanTimestamp, true);
+    const MetaDataList failedRecords = writer.write(records);
     QStringList warnings;
     for (const MetaData& record : failedRecords)
         warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));
