@@ -89,13 +89,27 @@ const QString& rescanStatement()
     return statement;
 }
 
+void bindField(QSqlQuery& query, const MetaData& item, const BoundField& bound)
+{
+    // A file that no rule gave a library has none; every other text that is missing is for the table to refuse.
+    if (bound.place == libraryPlace && item.library().isNull())
+        query.bindValue(libraryPlace, QStringLiteral(""));
+    else
+        query.bindValue(bound.place, bound.field->read(item));
+}
+
 void bindFields(QSqlQuery& query, const MetaData& item)
 {
     for (const BoundField& bound : boundFields())
-        query.bindValue(bound.place, bound.field->read(item));
-    // A file that no rule gave a library has none; every other text that is missing is for the table to refuse.
-    if (item.library().isNull())
-        query.bindValue(libraryPlace, QStringLiteral(""));
+        bindField(query, item, bound);
+}
+
+QString fieldsUpdateStatement(const QStringList& fields)
+{
+    QStringList assignments;
+    for (const QString& field : fields)
+        assignments.append(field + QStringLiteral("=:") + field);
+    return QStringLiteral("UPDATE %1 SET ") + assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE id=:id");
 }
 
 } // namespace
@@ -199,6 +213,24 @@ bool RecordWriter::executeRescan(QSqlQuery& query, const MetaData& item, qint64 
     query.bindValue(scanTimestampPlace, m_scanTimestamp);
     query.bindValue(idPlace, id);
     return execute(query);
+}
+
+MetaData RecordWriter::writeFields(const MetaData& item, const QStringList& fields)
+{
+    if (m_isTransactionLost)
+        return failed(item);
+    const QString key = fields.join(QLatin1Char(','));
+    auto query = m_fieldUpdates.find(key);
+    if (query == m_fieldUpdates.end()) {
+        query = m_fieldUpdates.insert(key, QSqlQuery(m_connection));
+        prepare(*query, fieldsUpdateStatement(fields));
+    }
+    for (const BoundField& bound : boundFields()) {
+        if (fields.contains(bound.field->name))
+            bindField(*query, item, bound);
+    }
+    query->bindValue(idPlace, item.id());
+    return execute(*query) ? MetaData() : failed(item);
 }
 
 bool RecordWriter::execute(QSqlQuery& query)

@@ -3,8 +3,11 @@
 
 #include "store/metadata.h"
 
+#include <QHash>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QString>
+#include <QStringList>
 
 /// Inserts or updates records in one table, with statements that are prepared once each.
 ///
@@ -22,6 +25,9 @@ public:
 
     /// Returns the records that could not be written, each with its error text set; may be called again and again.
     MetaDataList write(const MetaDataList& items);
+    /// Writes only these fields of a record that has an id: the record with its error text set when they could not be
+    /// written, else a null record. The fields are any but "id" and "scanTimestamp".
+    MetaData writeFields(const MetaData& item, const QStringList& fields);
 
 private:
     MetaData write(const MetaData& item);
@@ -43,6 +49,8 @@ private:
     QSqlQuery m_find;
     QSqlQuery m_touchUnchanged;
     QSqlQuery m_rescan;
+    // By the names of the fields that each writes.
+    QHash<QString, QSqlQuery> m_fieldUpdates;
     qint64 m_scanTimestamp;
     bool m_lookupByFilePath;
     QString m_errorText;
