@@ -70,6 +70,11 @@ int InputFile::open(const QString& path)
     return m_context ? 0 : AVERROR(ENOMEM);
 }
 
+int InputFile::peek(qint64 offset, std::uint8_t* buffer, int size) const
+{
+    return std::max(0, int(::pread(m_file.handle(), buffer, size_t(size), offset)));
+}
+
 int InputFile::readPacket(void* file, std::uint8_t* buffer, int size)
 {
     return static_cast<InputFile*>(file)->read(buffer, size);

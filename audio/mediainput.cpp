@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/mediainput.h"
 
+#include "audio/disguisedsound.h"
 #include "audio/inputfile.h"
 
 #include <QChar>
@@ -8,6 +9,7 @@
 #include <QFileInfo>
 
 #include <cerrno>
+#include <vector>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -19,10 +21,30 @@ extern "C" {
 
 namespace {
 
+// Hz. No sound has more; FFmpeg corrects the duration of damaged files that claim so.
+constexpr int highestTrustedRate = 1000000;
+
 // What a file holds is in that file: neither another one nor the network is opened on its behalf.
 int refuseOtherFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**)
 {
     return AVERROR(EPERM);
+}
+
+// To learn its size, a picture would be decoded.
+void leaveOutPictures(AVFormatContext& format)
+{
+    for (unsigned index = 0; index < format.nb_streams; ++index) {
+        AVStream& stream = *format.streams[index];
+        if (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) {
+            stream.codecpar->codec_type = AVMEDIA_TYPE_DATA;
+            stream.discard = AVDISCARD_ALL;
+        }
+    }
+}
+
+bool isLinearPcm(AVCodecID codec)
+{
+    return codec >= AV_CODEC_ID_PCM_S16LE && codec < AV_CODEC_ID_ADPCM_IMA_QT;
 }
 
 QString decodedText(const char* text)
@@ -45,6 +67,7 @@ MediaInput& MediaInput::operator=(MediaInput&& other) noexcept
     m_format = std::move(other.m_format);
     m_file = std::move(other.m_file);
     m_streamIndex = other.m_streamIndex;
+    m_probing = other.m_probing;
     m_failure = other.m_failure;
     m_errorText = other.m_errorText;
     return *this;
@@ -56,7 +79,7 @@ bool MediaInput::open(const QString& path)
     initialiseFfmpeg();
     m_failure = Failure::None;
     m_errorText.clear();
-    if (!openFile(path) || !findAudioStream() || !openDecoder()) {
+    if (!openToKnownCodec(path) || !findAudioStream() || !openDecoder()) {
         close();
         return false;
     }
@@ -83,7 +106,17 @@ bool MediaInput::isOpen() const
     return m_codec != nullptr;
 }
 
-bool MediaInput::openFile(const QString& path)
+bool MediaInput::openToKnownCodec(const QString& path)
+{
+    if (!openFile(path, Probing::Short))
+        return false;
+    if (!mayBeDisguised())
+        return true;
+    m_format.reset();
+    return openFile(path, Probing::Full);
+}
+
+bool MediaInput::openFile(const QString& path, Probing probing)
 {
     m_file = std::make_unique<InputFile>();
     if (const int result = m_file->open(path); result < 0)
@@ -94,6 +127,10 @@ bool MediaInput::openFile(const QString& path)
     context->pb = m_file->context();
     context->io_open = &refuseOtherFile;
     const AVInputFormat* format = inputFormatForSuffix(QFileInfo(path).suffix());
+    m_probing = format ? probing : Probing::Full;
+    // Of the forced formats, FFmpeg examines only those streams further that `mayBeDisguised()` looks at.
+    if (m_probing == Probing::Short)
+        context->max_probe_packets = 1;
     // On failure the call frees the context that it was given.
     const int result = avformat_open_input(&context, QFile::encodeName(path).constData(), format, nullptr);
     if (result < 0)
@@ -104,15 +141,53 @@ bool MediaInput::openFile(const QString& path)
 
 bool MediaInput::findAudioStream()
 {
-    if (const int result = avformat_find_stream_info(m_format.get(), nullptr); result < 0)
-        return fail(Failure::FindStreamInfo, result);
-    for (unsigned index = 0; index < m_format->nb_streams; ++index) {
-        if (m_format->streams[index]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO) {
-            m_streamIndex = int(index);
-            return true;
-        }
+    leaveOutPictures(*m_format);
+    if (!isKnownFromHeader()) {
+        if (const int result = avformat_find_stream_info(m_format.get(), nullptr); result < 0)
+            return fail(Failure::FindStreamInfo, result);
     }
-    return fail(Failure::FindAudioStream);
+    const AVStream* stream = firstAudioStream();
+    if (!stream)
+        return fail(Failure::FindAudioStream);
+    m_streamIndex = stream->index;
+    return true;
+}
+
+AVStream* MediaInput::firstAudioStream() const
+{
+    for (unsigned index = 0; index < m_format->nb_streams; ++index) {
+        if (m_format->streams[index]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO)
+            return m_format->streams[index];
+    }
+    return nullptr;
+}
+
+// FFmpeg compares the first sound of 16-bit waves with every format that it knows, which costs far more than all the
+// rest of opening; nearly always a look at the bytes shows that it is in vain.
+bool MediaInput::mayBeDisguised() const
+{
+    const AVStream* stream = firstAudioStream();
+    if (!stream || m_probing == Probing::Full || stream->codecpar->codec_id != AV_CODEC_ID_PCM_S16LE)
+        return false;
+    // Kept for the next file: to get and give back so large a piece of memory costs more than to read it.
+    thread_local std::vector<std::uint8_t> bytes(disguiseLookSize);
+    const int size = m_file->peek(avio_tell(m_format->pb), bytes.data(), disguiseLookSize);
+    return mayBeDisguisedSound(bytes.data(), size);
+}
+
+// True where the header tells all that reading sound could tell. Without a first frame of sound, or with frames of
+// another size than their samples have, FFmpeg corrects what the header says.
+bool MediaInput::isKnownFromHeader() const
+{
+    const AVStream* stream = firstAudioStream();
+    if (!stream || m_probing == Probing::Full)
+        return false;
+    const AVCodecParameters& parameters = *stream->codecpar;
+    const int frameSize = parameters.ch_layout.nb_channels * av_get_exact_bits_per_sample(parameters.codec_id) / 8;
+    const bool isSampled = isLinearPcm(parameters.codec_id) && parameters.sample_rate > 0
+        && parameters.sample_rate <= highestTrustedRate;
+    return isSampled && frameSize > 0 && parameters.block_align == frameSize && stream->duration > 0
+        && m_file->size() - avio_tell(m_format->pb) >= frameSize;
 }
 
 bool MediaInput::openDecoder()

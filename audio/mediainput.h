@@ -68,8 +68,18 @@ public:
     const AVStream* stream() const;
 
 private:
-    bool openFile(const QString& path);
+    enum class Probing
+    {
+        Short,
+        Full
+    };
+
+    bool openFile(const QString& path, Probing probing);
+    bool openToKnownCodec(const QString& path);
     bool findAudioStream();
+    AVStream* firstAudioStream() const;
+    bool mayBeDisguised() const;
+    bool isKnownFromHeader() const;
     bool openDecoder();
     bool fail(Failure failure, int errorCode = 0);
 
@@ -78,6 +88,8 @@ private:
     FormatContextPointer m_format;
     CodecContextPointer m_codec;
     int m_streamIndex = -1;
+    // How the open file was opened; a format that was not forced is always examined in full.
+    Probing m_probing = Probing::Full;
     Failure m_failure = Failure::None;
     QString m_errorText;
 };

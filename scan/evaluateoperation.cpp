@@ -32,7 +32,7 @@ public:
 
 private:
     bool evaluateRows();
-    bool evaluateBatch(QSqlQuery& update, const QVector<QSqlRecord>& rows);
+    bool evaluateBatch(QSqlQuery& update, const QVector<RowBatches::Row>& rows);
     bool updateRow(QSqlQuery& update, const QVariant& id, const QString& library);
     void finish(Transaction& transaction, bool isComplete);
 
@@ -71,7 +71,7 @@ bool Evaluation::evaluateRows()
     do {
         if (m_reply->isCanceled())
             return false;
-        QVector<QSqlRecord> rows;
+        QVector<RowBatches::Row> rows;
         if (!m_batches.next(QStringLiteral("id, fileName, library"), rows)) {
             m_error = tr("Unable to select MetaData: %1").arg(m_batches.errorText());
             return false;
@@ -83,7 +83,7 @@ bool Evaluation::evaluateRows()
     return !m_reply->isCanceled();
 }
 
-bool Evaluation::evaluateBatch(QSqlQuery& update, const QVector<QSqlRecord>& rows)
+bool Evaluation::evaluateBatch(QSqlQuery& update, const QVector<RowBatches::Row>& rows)
 {
     enum Column
     {
@@ -91,7 +91,7 @@ bool Evaluation::evaluateBatch(QSqlQuery& update, const QVector<QSqlRecord>& row
         FileName,
         Library
     };
-    for (const QSqlRecord& row : rows) {
+    for (const RowBatches::Row& row : rows) {
         const QString library = evaluateLibrary(row.value(FileName).toString(), m_rules);
         if (library != row.value(Library).toString() && !updateRow(update, row.value(Id), library))
             return false;

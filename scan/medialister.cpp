@@ -4,7 +4,10 @@
 #include <QDebug>
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
+#include <QVector>
 
+#include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <memory>
@@ -102,11 +105,22 @@ std::shared_ptr<const Branch> linkedBranch(const Place& folder, const std::strin
     return std::make_shared<const Branch>(std::move(branch));
 }
 
+// As QDir::match() does it, which would compile every expression anew for every name.
+QVector<QRegularExpression> compiled(const QStringList& wildcards)
+{
+    QVector<QRegularExpression> expressions;
+    for (const QString& wildcard : wildcards) {
+        expressions.append(QRegularExpression(QRegularExpression::wildcardToRegularExpression(wildcard),
+            QRegularExpression::CaseInsensitiveOption | QRegularExpression::DontCaptureOption));
+    }
+    return expressions;
+}
+
 class Walk
 {
 public:
     Walk(const QStringList& filters, const std::function<bool()>& isCanceled)
-        : m_filters(filters)
+        : m_filters(compiled(filters))
         , m_isCanceled(isCanceled)
     {
     }
@@ -119,12 +133,9 @@ private:
     void listFolder(const Place& folder);
     void addEntry(const Place& folder, const fs::directory_entry& entry);
     void addFolder(const Place& parent, std::string path, bool isLink);
-    bool matches(const std::string& name) const
-    {
-        return QDir::match(m_filters, QFile::decodeName(QByteArray::fromStdString(name)));
-    }
+    bool matches(const std::string& name) const;
 
-    QStringList m_filters;
+    QVector<QRegularExpression> m_filters;
     const std::function<bool()>& m_isCanceled;
     std::deque<Place> m_queue;
     QStringList m_files;
@@ -181,6 +192,13 @@ void Walk::addEntry(const Place& folder, const fs::directory_entry& entry)
         addFolder(folder, std::move(path), entry.is_symlink(error));
     else if (kind == Kind::File && matches(name))
         m_queue.push_back({ std::move(path), Kind::File, nullptr });
+}
+
+bool Walk::matches(const std::string& name) const
+{
+    const QString text = QFile::decodeName(QByteArray::fromStdString(name));
+    return std::any_of(m_filters.begin(), m_filters.end(),
+        [&](const QRegularExpression& filter) { return filter.match(text).hasMatch(); });
 }
 
 void Walk::addFolder(const Place& parent, std::string path, bool isLink)

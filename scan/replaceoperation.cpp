@@ -2,8 +2,11 @@
 #include "scan/replaceoperation.h"
 
 #include "scan/rowbatches.h"
+#include "store/fieldcatalogue.h"
 #include "store/metadata.h"
+#include "store/metadatafields.h"
 #include "store/operationreply.h"
+#include "store/recordreader.h"
 #include "store/recordwriter.h"
 #include "store/transaction.h"
 #include "store/transactionstate.h"
@@ -11,17 +14,58 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QSqlDatabase>
-#include <QSqlRecord>
+
+#include <algorithm>
+#include <optional>
 
 namespace {
 
-QVariantMap fieldsOf(const QSqlRecord& row)
+// The columns before those of the fields that are searched.
+enum Column
 {
-    QVariantMap fields;
-    for (int column = 0; column < row.count(); ++column)
-        fields.insert(row.fieldName(column), row.value(column));
-    return fields;
+    Id,
+    FilePath,
+    IsPlain,
+    FirstField
+};
+
+// What SQLite calls a value of this field, or one of the values that it may be.
+QString plainCondition(const MetaDataField& field)
+{
+    switch (field.read(MetaData()).userType()) {
+    case QMetaType::QString:
+        return QStringLiteral("typeof(%1) IN ('text', 'null')").arg(field.name);
+    case QMetaType::Double:
+        return QStringLiteral("typeof(%1)='real'").arg(field.name);
+    default:
+        return QStringLiteral("typeof(%1)='integer' AND abs(%1) <= 2147483647").arg(field.name);
+    }
 }
+
+// True for a row that would not change when it were read as a record and written again. Another program may have
+// written other rows.
+QString plainRowCondition()
+{
+    QStringList conditions;
+    for (const QString& name : allFieldNames()) {
+        if (name != QLatin1String("id") && name != QLatin1String("scanTimestamp"))
+            conditions.append(plainCondition(*findMetaDataField(name)));
+    }
+    return QLatin1Char('(') + conditions.join(QStringLiteral(" AND ")) + QLatin1Char(')');
+}
+
+// Neither is written along with the other fields.
+bool isIdentity(const QString& field)
+{
+    return field == QLatin1String("id") || field == QLatin1String("scanTimestamp");
+}
+
+/// A record that is to be written, whole or only these fields of it.
+struct Change
+{
+    MetaData record;
+    QStringList fields;
+};
 
 /// What is to be replaced by what.
 struct Replacement
@@ -54,24 +98,33 @@ public:
         , m_reply(reply)
         , m_batches(connection, tableId, parameters)
         , m_tableId(tableId)
-        , m_fields(fields)
         , m_replacement(replacement)
     {
+        for (const QString& field : fields) {
+            if (allFieldNames().contains(field))
+                m_fields.append(field);
+        }
     }
 
     void run();
 
 private:
     bool replaceRows();
-    bool replaceBatch(const QVector<QSqlRecord>& rows);
-    MetaDataList changedRecords(const QVector<QSqlRecord>& rows) const;
-    QVariantMap changedFields(const QVariantMap& row) const;
+    QString columns() const;
+    bool replaceBatch(const QVector<RowBatches::Row>& rows);
+    QVector<Change> changesOf(const QVector<RowBatches::Row>& rows) const;
+    QVariantMap changedValues(const RowBatches::Row& row) const;
+    Change changeOf(const RowBatches::Row& row, const QVariantMap& values) const;
+    MetaData write(const Change& change);
     void finish(Transaction& transaction, bool isComplete);
 
     const QSqlDatabase& m_connection;
     OperationReply* m_reply;
     RowBatches m_batches;
+    // As long as rows are being replaced.
+    std::optional<RecordWriter> m_writer;
     int m_tableId;
+    // Those of the fields that there are.
     QStringList m_fields;
     Replacement m_replacement;
     int m_replacementsCount = 0;
@@ -91,18 +144,21 @@ void Replace::run()
         m_reply->setError(tr("Unable to begin replace transaction: %1").arg(transaction.errorText()));
         return;
     }
+    m_writer.emplace(m_connection, m_tableId, 0, false);
     const bool isComplete = replaceRows();
+    m_writer.reset();
     finish(transaction, isComplete);
 }
 
 // False when canceled or failed.
 bool Replace::replaceRows()
 {
+    const QString columnNames = columns();
     while (!m_batches.atEnd()) {
         if (m_reply->isCanceled())
             return false;
-        QVector<QSqlRecord> rows;
-        if (!m_batches.next(QStringLiteral("*"), rows)) {
+        QVector<RowBatches::Row> rows;
+        if (!m_batches.next(columnNames, rows)) {
             m_error = tr("Unable to select MetaData: %1").arg(m_batches.errorText());
             return false;
         }
@@ -113,45 +169,56 @@ bool Replace::replaceRows()
     return !m_reply->isCanceled();
 }
 
-// False when records were refused.
-bool Replace::replaceBatch(const QVector<QSqlRecord>& rows)
+QString Replace::columns() const
 {
-    const MetaDataList records = changedRecords(rows);
+    const QStringList first{ QStringLiteral("id"), QStringLiteral("filePath"), plainRowCondition() };
+    return (first + m_fields).join(QStringLiteral(", "));
+}
+
+// False when records were refused.
+bool Replace::replaceBatch(const QVector<RowBatches::Row>& rows)
+{
+    const QVector<Change> changes = changesOf(rows);
     // Counted before the write: refused records are reported as warnings, not taken off.
-    m_replacementsCount += records.size();
-    const MetaDataList failedRecords = writeMetaData(m_connection, m_tableId, records, 0, false);
+    m_replacementsCount += changes.size();
     QStringList warnings;
-    for (const MetaData& record : failedRecords)
-        warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));
+    for (const Change& change : changes) {
+        const MetaData failed = write(change);
+        if (!failed.isNull())
+            warnings.append(QStringLiteral("%1: %2").arg(failed.error(), failed.filePath()));
+    }
     m_reply->setProgress(m_batches.processedCount(), m_batches.rowsCount());
     m_reply->addWarnings(warnings);
     return warnings.isEmpty();
 }
 
-MetaDataList Replace::changedRecords(const QVector<QSqlRecord>& rows) const
+// The record with its error set when it could not be written.
+MetaData Replace::write(const Change& change)
 {
-    MetaDataList records;
-    for (const QSqlRecord& row : rows) {
-        QVariantMap fields = fieldsOf(row);
-        const QVariantMap changes = changedFields(fields);
-        if (changes.isEmpty())
-            continue;
-        for (auto change = changes.cbegin(); change != changes.cend(); ++change)
-            fields.insert(change.key(), change.value());
-        records.append(MetaData(fields));
-    }
-    return records;
+    if (!change.fields.isEmpty())
+        return m_writer->writeFields(change.record, change.fields);
+    return m_writer->write(MetaDataList{ change.record }).value(0);
 }
 
-QVariantMap Replace::changedFields(const QVariantMap& row) const
+QVector<Change> Replace::changesOf(const QVector<RowBatches::Row>& rows) const
+{
+    QVector<Change> changes;
+    for (const RowBatches::Row& row : rows) {
+        const QVariantMap values = changedValues(row);
+        if (!values.isEmpty())
+            changes.append(changeOf(row, values));
+    }
+    return changes;
+}
+
+QVariantMap Replace::changedValues(const RowBatches::Row& row) const
 {
     QVariantMap changes;
-    for (const QString& field : m_fields) {
-        if (!row.contains(field))
-            continue;
-        QString value = row.value(field).toString();
+    for (int index = 0; index < m_fields.size(); ++index) {
+        QString value = row.at(FirstField + index).toString();
         if (!m_replacement.apply(value))
             continue;
+        const QString& field = m_fields.at(index);
         changes.insert(field, value);
         if (field == QLatin1String("filePath")) {
             const QFileInfo file(value);
@@ -160,6 +227,20 @@ QVariantMap Replace::changedFields(const QVariantMap& row) const
         }
     }
     return changes;
+}
+
+// To write the changed columns only leaves the same row as to write all of them, and most indexes alone.
+Change Replace::changeOf(const RowBatches::Row& row, const QVariantMap& values) const
+{
+    const QStringList names = values.keys();
+    const bool isWhole = !row.at(IsPlain).toBool() || std::any_of(names.begin(), names.end(), isIdentity);
+    const qint64 id = row.at(Id).toLongLong();
+    MetaData record = isWhole ? fetchMetaData(m_connection, m_tableId, id) : MetaData();
+    record.setId(id);
+    record.setFilePath(row.at(FilePath).toString());
+    for (auto value = values.begin(); value != values.end(); ++value)
+        findMetaDataField(value.key())->write(record, value.value());
+    return { record, isWhole ? QStringList() : names };
 }
 
 // The reply is ended last: its owner may release it as soon as it has ended.

@@ -5,10 +5,12 @@
 
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <QStringList>
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -50,7 +52,7 @@ bool RowBatches::count()
     return true;
 }
 
-bool RowBatches::next(const QString& columns, QVector<QSqlRecord>& rows)
+bool RowBatches::next(const QString& columns, QVector<Row>& rows)
 {
     QSqlQuery query(m_connection);
     query.setForwardOnly(true);
@@ -59,14 +61,19 @@ bool RowBatches::next(const QString& columns, QVector<QSqlRecord>& rows)
         return false;
     }
     rows.clear();
-    while (query.next())
-        rows.append(query.record());
+    const int columnsCount = query.record().count();
+    while (query.next()) {
+        Row row(columnsCount);
+        for (int column = 0; column < columnsCount; ++column)
+            row[column] = query.value(column);
+        rows.append(std::move(row));
+    }
     if (query.lastError().isValid()) {
         m_errorText = query.lastError().text();
         return false;
     }
     if (!rows.isEmpty())
-        m_lastId = rows.constLast().value(QStringLiteral("id")).toLongLong();
+        m_lastId = rows.constLast().constFirst().toLongLong();
     m_processedCount += rows.size();
     m_isLastBatchFull = rows.size() == m_batchSize;
     return true;

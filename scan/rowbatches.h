@@ -2,8 +2,8 @@
 #pragma once
 
 #include <QSqlDatabase>
-#include <QSqlRecord>
 #include <QString>
+#include <QVariant>
 #include <QVariantMap>
 #include <QVector>
 
@@ -16,13 +16,16 @@
 class RowBatches final
 {
 public:
+    /// The values of the columns that were asked for, in their order.
+    using Row = QVector<QVariant>;
+
     /// Of `parameters` only the filters count (see store/querycomposer.h).
     RowBatches(const QSqlDatabase& connection, int tableId, const QVariantMap& parameters);
 
     /// Counts the rows and fixes the size of the batches; call it first. False with `errorText()` set when it fails.
     bool count();
-    /// Reads the next batch; `columns` must begin with "id" or be "*". False with `errorText()` set when it fails.
-    bool next(const QString& columns, QVector<QSqlRecord>& rows);
+    /// Reads the next batch; `columns` must begin with "id". False with `errorText()` set when it fails.
+    bool next(const QString& columns, QVector<Row>& rows);
 
     /// True when the last batch was not full or as many rows as were counted have been read.
     bool atEnd() const;

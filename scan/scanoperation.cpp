@@ -15,8 +15,6 @@
 #include <QDebug>
 #include <QtConcurrent>
 
-#include <algorithm>
-
 namespace {
 
 // Large enough to keep every core busy, small enough for smooth progress and prompt cancellation.
@@ -27,12 +25,53 @@ void appendRecord(MetaDataList& records, const MetaData& record)
     records.append(record);
 }
 
-// The records come in the order in which the files were read.
-MetaDataList readBatch(const QStringList& files)
+// Reads the files batch by batch, one batch ahead: while a batch is being written, the pool reads the next.
+class BatchReader
 {
-    return QtConcurrent::mappedReduced<MetaDataList>(
-        files, readMetaData, appendRecord, QtConcurrent::UnorderedReduce | QtConcurrent::SequentialReduce)
-        .result();
+public:
+    explicit BatchReader(const QStringList& files)
+        : m_files(files)
+    {
+        startReading();
+    }
+    ~BatchReader()
+    {
+        m_reading.cancel();
+        m_reading.waitForFinished();
+    }
+    Q_DISABLE_COPY(BatchReader)
+
+    bool atEnd() const { return m_taken == m_files.size(); }
+    // How many files have been given out.
+    int taken() const { return m_taken; }
+    // The next batch, its records in the order in which the files were read.
+    MetaDataList next();
+
+private:
+    void startReading();
+
+    const QStringList& m_files;
+    int m_taken = 0;
+    int m_started = 0;
+    QFuture<MetaDataList> m_reading;
+};
+
+MetaDataList BatchReader::next()
+{
+    MetaDataList records = m_reading.result();
+    m_taken = m_started;
+    startReading();
+    return records;
+}
+
+void BatchReader::startReading()
+{
+    if (m_started == m_files.size())
+        return;
+    const QStringList batch = m_files.mid(m_started, batchSize);
+    m_started += batch.size();
+    m_reading = QtConcurrent::mappedReduced<MetaDataList>(
+        batch, readMetaData, appendRecord, QtConcurrent::UnorderedReduce | QtConcurrent::SequentialReduce);
 }
 
 class Scan
@@ -53,7 +92,7 @@ public:
 private:
     QStringList listFiles(const QStringList& paths);
     void writeFiles(const QStringList& files);
-    QStringList writeBatch(const QStringList& files);
+    QStringList writeBatch(RecordWriter& writer, MetaDataList records);
     void warnOfSpellings(const MetaDataList& records);
     void finish(Transaction& transaction);
 
@@ -93,12 +132,11 @@ QStringList Scan::listFiles(const QStringList& paths)
 
 void Scan::writeFiles(const QStringList& files)
 {
-    int processed = 0;
-    while (processed < files.size() && !m_reply->isCanceled()) {
-        const QStringList batch = files.mid(processed, batchSize);
-        const QStringList warnings = writeBatch(batch);
-        processed += batch.size();
-        m_reply->setProgress(processed, files.size());
+    BatchReader reader(files);
+    RecordWriter writer(m_connection, m_tableId, m_scanTimestamp, true);
+    while (!reader.atEnd() && !m_reply->isCanceled()) {
+        const QStringList warnings = writeBatch(writer, reader.next());
+        m_reply->setProgress(reader.taken(), files.size());
         m_reply->addWarnings(warnings);
         // The commit then fails, and says so.
         if (!warnings.isEmpty() && !isTransactionActive(m_connection))
@@ -106,12 +144,11 @@ void Scan::writeFiles(const QStringList& files)
     }
 }
 
-QStringList Scan::writeBatch(const QStringList& files)
+QStringList Scan::writeBatch(RecordWriter& writer, MetaDataList records)
 {
-    MetaDataList records = readBatch(files);
     applyLibraryRules(records, m_rules);
     warnOfSpellings(records);
-    const MetaDataList failedRecords = writeMetaData(m_connection, m_tableId, records, m_scanTimestamp, true);
+    const MetaDataList failedRecords = writer.write(records);
     QStringList warnings;
     for (const MetaData& record : failedRecords)
         warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));

@@ -94,15 +94,38 @@ bool installMetaDataTable(const QSqlDatabase& connection, const QString& tableNa
         && createFullIndexes(connection, tableName) && createPartialIndexes(connection, tableName);
 }
 
-} // namespace
-
-bool installSchema(const QSqlDatabase& connection)
+bool installMetaDataTables(const QSqlDatabase& connection)
 {
     for (int tableId = 1; tableId <= metaDataTablesCount; ++tableId) {
         if (!installMetaDataTable(connection, metaDataTableName(tableId)))
             return false;
     }
-    return executeOrLog(connection, QString::fromLatin1(createSettingsTable), "Unable to create Settings table:");
+    return true;
+}
+
+// Over a thousand times SQLite would wait for the disk, for a file in which nothing is lost yet. The table that comes
+// afterwards is written with everything before it, and without that table the file is not taken for a database.
+bool installUnsynchronised(const QSqlDatabase& connection)
+{
+    QSqlQuery query(connection);
+    const QString synchronous = QStringLiteral("PRAGMA synchronous");
+    const QString previous = query.exec(synchronous) && query.next() ? query.value(0).toString() : QString();
+    query.finish();
+    if (!previous.isEmpty())
+        query.exec(synchronous + QStringLiteral("=OFF"));
+    const bool isInstalled = installMetaDataTables(connection);
+    if (!previous.isEmpty())
+        query.exec(synchronous + QLatin1Char('=') + previous);
+    return isInstalled;
+}
+
+} // namespace
+
+bool installSchema(const QSqlDatabase& connection)
+{
+    const bool hasTables = installUnsynchronised(connection);
+    return hasTables
+        && executeOrLog(connection, QString::fromLatin1(createSettingsTable), "Unable to create Settings table:");
 }
 
 bool hasValidSchema(const QSqlDatabase& connection)

@@ -7,32 +7,29 @@
 #include "store/transactionstate.h"
 
 #include <QCoreApplication>
-#include <QSqlDatabase>
 #include <QSqlError>
-#include <QSqlQuery>
+#include <QStringList>
 #include <QVariant>
 
 #include <vector>
 
 namespace {
 
-const char* const updateStatement
-    = "UPDATE %1 SET filePath=:filePath, fileName=:fileName, fileType=:fileType, library=:library, "
-      "description=:description, duration=:duration, rating=:rating, sampleRate=:sampleRate, "
-      "channelsCount=:channelsCount, bitsPerSample=:bitsPerSample, originReference=:originReference, artist=:artist, "
-      "title=:title, album=:album, comments=:comments, genre=:genre, year=:year, bitrate=:bitrate, "
-      "playlist=:playlist WHERE id=:id";
+const QString updateStatement = QStringLiteral(
+    "UPDATE %1 SET filePath=:filePath, fileName=:fileName, fileType=:fileType, library=:library, "
+    "description=:description, duration=:duration, rating=:rating, sampleRate=:sampleRate, "
+    "channelsCount=:channelsCount, bitsPerSample=:bitsPerSample, originReference=:originReference, artist=:artist, "
+    "title=:title, album=:album, comments=:comments, genre=:genre, year=:year, bitrate=:bitrate, "
+    "playlist=:playlist WHERE id=:id");
 
-const char* const insertStatement
-    = "INSERT INTO %1 (filePath, fileName, fileType, library, description, duration, rating, sampleRate, "
-      "channelsCount, bitsPerSample, originReference, artist, title, album, comments, genre, year, bitrate, playlist, "
-      "scanTimestamp) VALUES (:filePath, :fileName, :fileType, :library, :description, :duration, :rating, "
-      ":sampleRate, :channelsCount, :bitsPerSample, :originReference, :artist, :title, :album, :comments, :genre, "
-      ":year, :bitrate, :playlist, :scanTimestamp)";
+const QString insertStatement = QStringLiteral(
+    "INSERT INTO %1 (filePath, fileName, fileType, library, description, duration, rating, sampleRate, "
+    "channelsCount, bitsPerSample, originReference, artist, title, album, comments, genre, year, bitrate, playlist, "
+    "scanTimestamp) VALUES (:filePath, :fileName, :fileType, :library, :description, :duration, :rating, "
+    ":sampleRate, :channelsCount, :bitsPerSample, :originReference, :artist, :title, :album, :comments, :genre, "
+    ":year, :bitrate, :playlist, :scanTimestamp)");
 
-const char* const findStatement = "SELECT id FROM %1 WHERE filePath=:filePath";
-
-const char* const touchStatement = "UPDATE %1 SET scanTimestamp=:scanTimestamp WHERE id=:id";
+const QString findStatement = QStringLiteral("SELECT id FROM %1 WHERE filePath=:filePath");
 
 const QString idPlace = QStringLiteral(":id");
 const QString filePathPlace = QStringLiteral(":filePath");
@@ -48,7 +45,7 @@ struct BoundField
     const MetaDataField* field;
 };
 
-// The fields that both the insert and the update write.
+// The fields that the insert and the updates write.
 std::vector<BoundField> buildBoundFields()
 {
     std::vector<BoundField> fields;
@@ -65,57 +62,84 @@ const std::vector<BoundField>& boundFields()
     return fields;
 }
 
-// Writes one list of records with four statements that are prepared once.
-class RecordWriter
+// The pattern with each bound field's name in it.
+QString eachField(const QString& pattern, const QString& separator)
 {
-public:
-    RecordWriter(const QSqlDatabase& connection, int tableId, qint64 scanTimestamp, bool lookupByFilePath);
+    QStringList parts;
+    for (const BoundField& bound : boundFields())
+        parts.append(pattern.arg(bound.field->name));
+    return parts.join(separator);
+}
 
-    // The record, with its error set, when it could not be written; else a null record.
-    MetaData write(const MetaData& item);
+// A row whose fields are all written already is only to be marked as seen: a third of the indexes change. Values are
+// compared as they are stored, so that a change of case or of null into empty is a change.
+const QString& touchUnchangedStatement()
+{
+    static const QString statement = QStringLiteral("UPDATE %1 SET scanTimestamp=:scanTimestamp WHERE id=:id AND ")
+        + eachField(QStringLiteral("%1 IS :%1 COLLATE BINARY"), QStringLiteral(" AND "));
+    return statement;
+}
 
-private:
-    static QSqlQuery prepare(const QSqlDatabase& connection, const char* statement, int tableId);
-    static void bindFields(QSqlQuery& query, const MetaData& item);
-    MetaData failed(const MetaData& item) const;
-    qint64 findByFilePath(const QString& filePath);
-    bool insert(const MetaData& item);
-    bool update(const MetaData& item, qint64 id);
-    bool execute(QSqlQuery& query);
-    void touch(qint64 id);
+// The update and the touch in one, so that no index is written twice.
+const QString& rescanStatement()
+{
+    static const QString statement
+        = QStringLiteral("UPDATE %1 SET %2, scanTimestamp=:scanTimestamp WHERE id=:id")
+              .arg(QStringLiteral("%1"), eachField(QStringLiteral("%1=:%1"), QStringLiteral(", ")));
+    return statement;
+}
 
-    QSqlDatabase m_connection;
-    bool m_wasInTransaction;
-    bool m_isTransactionLost = false;
-    QSqlQuery m_update;
-    QSqlQuery m_insert;
-    QSqlQuery m_find;
-    QSqlQuery m_touch;
-    qint64 m_scanTimestamp;
-    bool m_lookupByFilePath;
-    QString m_errorText;
-};
+void bindField(QSqlQuery& query, const MetaData& item, const BoundField& bound)
+{
+    // A file that no rule gave a library has none; every other text that is missing is for the table to refuse.
+    if (bound.place == libraryPlace && item.library().isNull())
+        query.bindValue(libraryPlace, QStringLiteral(""));
+    else
+        query.bindValue(bound.place, bound.field->read(item));
+}
+
+void bindFields(QSqlQuery& query, const MetaData& item)
+{
+    for (const BoundField& bound : boundFields())
+        bindField(query, item, bound);
+}
+
+QString fieldsUpdateStatement(const QStringList& fields)
+{
+    QStringList assignments;
+    for (const QString& field : fields)
+        assignments.append(field + QStringLiteral("=:") + field);
+    return QStringLiteral("UPDATE %1 SET ") + assignments.join(QStringLiteral(", ")) + QStringLiteral(" WHERE id=:id");
+}
+
+} // namespace
 
 RecordWriter::RecordWriter(const QSqlDatabase& connection, int tableId, qint64 scanTimestamp, bool lookupByFilePath)
     : m_connection(connection)
+    , m_tableName(metaDataTableName(tableId))
     , m_wasInTransaction(isTransactionActive(connection))
-    , m_update(prepare(connection, updateStatement, tableId))
-    , m_insert(prepare(connection, insertStatement, tableId))
-    , m_find(prepare(connection, findStatement, tableId))
-    , m_touch(prepare(connection, touchStatement, tableId))
+    , m_update(connection)
+    , m_insert(connection)
+    , m_find(connection)
+    , m_touchUnchanged(connection)
+    , m_rescan(connection)
     , m_scanTimestamp(scanTimestamp)
     , m_lookupByFilePath(lookupByFilePath)
 {
 }
 
-QSqlQuery RecordWriter::prepare(const QSqlDatabase& connection, const char* statement, int tableId)
+MetaDataList RecordWriter::write(const MetaDataList& items)
 {
-    QSqlQuery query(connection);
-    query.setForwardOnly(true);
-    query.prepare(QString::fromLatin1(statement).arg(metaDataTableName(tableId)));
-    return query;
+    MetaDataList failedItems;
+    for (const MetaData& item : items) {
+        const MetaData failedItem = write(item);
+        if (!failedItem.isNull())
+            failedItems.append(failedItem);
+    }
+    return failedItems;
 }
 
+// The record, with its error set, when it could not be written; else a null record.
 MetaData RecordWriter::write(const MetaData& item)
 {
     if (!item.error().isEmpty())
@@ -124,12 +148,10 @@ MetaData RecordWriter::write(const MetaData& item)
         return failed(item);
     const bool searches = item.id() < 1 && m_lookupByFilePath;
     const qint64 id = searches ? findByFilePath(item.filePath()) : item.id();
-    const bool isWritten = id < 1 ? insert(item) : update(item, id);
-    if (!isWritten)
-        return failed(item);
-    if (searches && id >= 1)
-        touch(id);
-    return MetaData();
+    if (id < 1)
+        return insert(item) ? MetaData() : failed(item);
+    const bool isWritten = searches ? rescan(item, id) : update(item, id);
+    return isWritten ? MetaData() : failed(item);
 }
 
 MetaData RecordWriter::failed(const MetaData& item) const
@@ -139,8 +161,17 @@ MetaData RecordWriter::failed(const MetaData& item) const
     return failedItem;
 }
 
+void RecordWriter::prepare(QSqlQuery& query, const QString& statement)
+{
+    if (!query.lastQuery().isEmpty())
+        return;
+    query.setForwardOnly(true);
+    query.prepare(statement.arg(m_tableName));
+}
+
 qint64 RecordWriter::findByFilePath(const QString& filePath)
 {
+    prepare(m_find, findStatement);
     m_find.bindValue(filePathPlace, filePath);
     const qint64 id = m_find.exec() && m_find.next() ? m_find.value(0).toLongLong() : 0;
     m_find.finish();
@@ -149,6 +180,7 @@ qint64 RecordWriter::findByFilePath(const QString& filePath)
 
 bool RecordWriter::insert(const MetaData& item)
 {
+    prepare(m_insert, insertStatement);
     bindFields(m_insert, item);
     m_insert.bindValue(scanTimestampPlace, m_scanTimestamp);
     return execute(m_insert);
@@ -156,18 +188,49 @@ bool RecordWriter::insert(const MetaData& item)
 
 bool RecordWriter::update(const MetaData& item, qint64 id)
 {
+    prepare(m_update, updateStatement);
     bindFields(m_update, item);
     m_update.bindValue(idPlace, id);
     return execute(m_update);
 }
 
-void RecordWriter::bindFields(QSqlQuery& query, const MetaData& item)
+bool RecordWriter::rescan(const MetaData& item, qint64 id)
 {
-    for (const BoundField& bound : boundFields())
-        query.bindValue(bound.place, bound.field->read(item));
-    // A file that no rule gave a library has none; every other text that is missing is for the table to refuse.
-    if (item.library().isNull())
-        query.bindValue(libraryPlace, QStringLiteral(""));
+    prepare(m_touchUnchanged, touchUnchangedStatement());
+    if (executeRescan(m_touchUnchanged, item, id)) {
+        if (m_touchUnchanged.numRowsAffected() > 0)
+            return true;
+    } else if (m_isTransactionLost) {
+        return false;
+    }
+    prepare(m_rescan, rescanStatement());
+    return executeRescan(m_rescan, item, id);
+}
+
+bool RecordWriter::executeRescan(QSqlQuery& query, const MetaData& item, qint64 id)
+{
+    bindFields(query, item);
+    query.bindValue(scanTimestampPlace, m_scanTimestamp);
+    query.bindValue(idPlace, id);
+    return execute(query);
+}
+
+MetaData RecordWriter::writeFields(const MetaData& item, const QStringList& fields)
+{
+    if (m_isTransactionLost)
+        return failed(item);
+    const QString key = fields.join(QLatin1Char(','));
+    auto query = m_fieldUpdates.find(key);
+    if (query == m_fieldUpdates.end()) {
+        query = m_fieldUpdates.insert(key, QSqlQuery(m_connection));
+        prepare(*query, fieldsUpdateStatement(fields));
+    }
+    for (const BoundField& bound : boundFields()) {
+        if (fields.contains(bound.field->name))
+            bindField(*query, item, bound);
+    }
+    query->bindValue(idPlace, item.id());
+    return execute(*query) ? MetaData() : failed(item);
 }
 
 bool RecordWriter::execute(QSqlQuery& query)
@@ -182,24 +245,8 @@ bool RecordWriter::execute(QSqlQuery& query)
     return false;
 }
 
-void RecordWriter::touch(qint64 id)
-{
-    m_touch.bindValue(scanTimestampPlace, m_scanTimestamp);
-    m_touch.bindValue(idPlace, id);
-    m_touch.exec();
-}
-
-} // namespace
-
 MetaDataList writeMetaData(
     const QSqlDatabase& connection, int tableId, const MetaDataList& items, qint64 scanTimestamp, bool lookupByFilePath)
 {
-    RecordWriter writer(connection, tableId, scanTimestamp, lookupByFilePath);
-    MetaDataList failedItems;
-    for (const MetaData& item : items) {
-        const MetaData failedItem = writer.write(item);
-        if (!failedItem.isNull())
-            failedItems.append(failedItem);
-    }
-    return failedItems;
+    return RecordWriter(connection, tableId, scanTimestamp, lookupByFilePath).write(items);
 }

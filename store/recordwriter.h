@@ -3,13 +3,59 @@
 
 #include "store/metadata.h"
 
-class QSqlDatabase;
+#include <QHash>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QStringList>
 
-/// Inserts or updates records and returns those that could not be written, each with its error text set.
+/// Inserts or updates records in one table, with statements that are prepared once each.
 ///
 /// A record with an id updates that row; one without is inserted with `scanTimestamp` (ms since the epoch, UTC) or,
-/// with `lookupByFilePath`, updates the row of the same path and gives it that time stamp. A record that carries an
-/// error is not written and comes back as it is. Opens no transaction of its own.
-/// Thread: that of the connection.
+/// with `lookupByFilePath`, updates the row of the same path and gives it that time stamp; where nothing else has
+/// changed, the time stamp is all that is written. A record that carries an error is not written. Opens no transaction
+/// of its own.
+///
+/// Owner: the stack of one operation; it must be gone before the transaction ends. Thread: that of the connection.
+class RecordWriter final
+{
+public:
+    RecordWriter(const QSqlDatabase& connection, int tableId, qint64 scanTimestamp, bool lookupByFilePath);
+    Q_DISABLE_COPY(RecordWriter)
+
+    /// Returns the records that could not be written, each with its error text set; may be called again and again.
+    MetaDataList write(const MetaDataList& items);
+    /// Writes only these fields of a record that has an id: the record with its error text set when they could not be
+    /// written, else a null record. The fields are any but "id" and "scanTimestamp".
+    MetaData writeFields(const MetaData& item, const QStringList& fields);
+
+private:
+    MetaData write(const MetaData& item);
+    MetaData failed(const MetaData& item) const;
+    void prepare(QSqlQuery& query, const QString& statement);
+    qint64 findByFilePath(const QString& filePath);
+    bool insert(const MetaData& item);
+    bool update(const MetaData& item, qint64 id);
+    bool rescan(const MetaData& item, qint64 id);
+    bool executeRescan(QSqlQuery& query, const MetaData& item, qint64 id);
+    bool execute(QSqlQuery& query);
+
+    QSqlDatabase m_connection;
+    QString m_tableName;
+    bool m_wasInTransaction;
+    bool m_isTransactionLost = false;
+    QSqlQuery m_update;
+    QSqlQuery m_insert;
+    QSqlQuery m_find;
+    QSqlQuery m_touchUnchanged;
+    QSqlQuery m_rescan;
+    // By the names of the fields that each writes.
+    QHash<QString, QSqlQuery> m_fieldUpdates;
+    qint64 m_scanTimestamp;
+    bool m_lookupByFilePath;
+    QString m_errorText;
+};
+
+/// Writes one list of records; see `RecordWriter`.
 MetaDataList writeMetaData(const QSqlDatabase& connection, int tableId, const MetaDataList& items, qint64 scanTimestamp,
     bool lookupByFilePath);

@@ -57,6 +57,10 @@ private slots:
     void sortingAndPagingOfTheViewDoNotMatter();
     void unknownFieldsAreIgnored();
     void refusedRecordsGiveWarningsAndAreCounted();
+    void rowsThatAreNoRecordsAreRefused_data();
+    void rowsThatAreNoRecordsAreRefused();
+    void identityCanBeReplacedAsText();
+    void onlyColumnsThatChangeAreWritten();
     void progressGoesInTenths();
     void canceledRunChangesNothing();
     void invalidLookupIsReported();
@@ -280,6 +284,54 @@ void ReplaceOperationTest::refusedRecordsGiveWarningsAndAreCounted()
         QStringList({ "progress 0 of -1", "progress 0 of 3", "progress 3 of 3", "warnings 1", "finished" }));
     QCOMPARE(recorder.sortedWarnings(), QStringList{ "Database constraint violation: /TWO.wav" });
     QCOMPARE(m_store->records(tableId).at(2).filePath(), QStringLiteral("/a TWO.wav"));
+}
+
+void ReplaceOperationTest::rowsThatAreNoRecordsAreRefused_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::newRow("no duration") << "duration=NULL";
+    QTest::newRow("a rate beyond any record") << "sampleRate=4294967296";
+}
+
+// Another program may have written what a record cannot hold; its other values cannot be written again.
+void ReplaceOperationTest::rowsThatAreNoRecordsAreRefused()
+{
+    QFETCH(QString, change);
+    m_store->insert(tableId, { recordOf("/a.wav", "drum") });
+    QCOMPARE(m_store->execute("UPDATE MetaData4 SET " + change), QString());
+    OperationReply* reply
+        = m_store->database().replace(tableId, { "description" }, "drum", "perc", Qt::CaseInsensitive, {});
+    OperationRecorder recorder(reply);
+
+    const auto ended = await(reply);
+
+    QCOMPARE(ended->result("replacementsCount").toInt(), 1);
+    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Database constraint violation: /a.wav" });
+    QCOMPARE(descriptions(), QStringList{ "drum" });
+}
+
+// The row's other fields go to the row of the new number.
+void ReplaceOperationTest::identityCanBeReplacedAsText()
+{
+    m_store->insert(tableId, { recordOf("/one.wav", "first"), recordOf("/two.wav", "second") });
+    const qint64 second = m_store->records(tableId).at(1).id();
+    const auto reply = replace({ "id", "filePath" }, QString::number(second), QString::number(second + 1));
+
+    QCOMPARE(reply->result("replacementsCount").toInt(), 1);
+    QCOMPARE(descriptions(), QStringList({ "first", "second" }));
+}
+
+void ReplaceOperationTest::onlyColumnsThatChangeAreWritten()
+{
+    m_store->insert(tableId, { recordOf("/a.wav", "drum") });
+    QCOMPARE(m_store->execute("CREATE TRIGGER refuse BEFORE UPDATE OF rating ON MetaData4 BEGIN "
+                              "SELECT RAISE(ABORT, 'no'); END"),
+        QString());
+
+    replace({ "description" }, "drum", "perc");
+
+    QCOMPARE(descriptions(), QStringList{ "perc" });
+    QCOMPARE(m_store->execute("DROP TRIGGER refuse"), QString());
 }
 
 void ReplaceOperationTest::progressGoesInTenths()

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What opening a file for playing costs beside a wave of 24 bits, and a far seek in an MP3 beside one in a wave.
+
+#include "audio/audiodecoder.h"
+#include "bench/benchratio.h"
+#include "tests/audio/soundmaker.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr int rounds = 30;
+constexpr int chunkSize = 307200; // bytes
+constexpr double shortSeconds = 30;
+constexpr double longSeconds = 3600;
+
+struct Format
+{
+    const char* name;
+    const char* fileName;
+    const char* arguments;
+};
+
+const std::vector<Format> formats{
+    { "wav, 24 bit, 48 kHz", "a.wav", "-ar 48000 -ac 2 -c:a pcm_s24le" },
+    { "wav, 16 bit, 44.1 kHz", "b.wav", "-ar 44100 -ac 2 -c:a pcm_s16le" },
+    { "wav, float, 192 kHz", "c.wav", "-ar 192000 -ac 2 -c:a pcm_f32le" },
+    { "aiff, 24 bit, 48 kHz", "d.aif", "-ar 48000 -ac 2 -c:a pcm_s24be" },
+    { "mp3, 320 kbit/s", "e.mp3", "-ar 44100 -ac 2 -b:a 320k" },
+    { "mp3, variable rate", "f.mp3", "-ar 44100 -ac 2 -q:a 2" },
+    { "mp3, variable rate without its table", "g.mp3", "-ar 44100 -ac 2 -q:a 2 -write_xing 0" },
+};
+
+std::unique_ptr<AudioDecoder> opened(const QString& path)
+{
+    auto decoder = std::make_unique<AudioDecoder>();
+    decoder->setOutputSampleRate(SoundMaker::playedRate);
+    decoder->setOutputChannels(2);
+    decoder->setOutputSampleFormat(2);
+    decoder->setFileName(path);
+    if (!decoder->open())
+        qFatal("%s: %s", qPrintable(path), qPrintable(decoder->errorString()));
+    return decoder;
+}
+
+QString makeFile(const QTemporaryDir& folder, const Format& format, double seconds)
+{
+    const QString path = folder.filePath(QString::number(seconds) + QLatin1String(format.fileName));
+    SoundMaker::makeNoise(path, seconds, QString::fromLatin1(format.arguments).split(QLatin1Char(' ')));
+    return path;
+}
+
+// Each time in a file that was just opened: nothing of it is known yet.
+double seekTime(const QString& path)
+{
+    double least = 0;
+    for (int round = 0; round < rounds / 3; ++round) {
+        const auto decoder = opened(path);
+        decoder->decode(chunkSize);
+        const double time = BenchRatio::processorTime(1, [&]() {
+            decoder->seek(longSeconds * 0.9);
+            decoder->decode(chunkSize);
+        });
+        least = round == 0 ? time : std::min(least, time);
+    }
+    return least;
+}
+
+} // namespace
+
+int main(int argumentsCount, char** arguments)
+{
+    const QCoreApplication application(argumentsCount, arguments);
+    const QTemporaryDir folder;
+    double baseline = 0;
+    for (const Format& format : formats) {
+        const QString path = makeFile(folder, format, shortSeconds);
+        const double time = BenchRatio::processorTime(rounds, [&]() { opened(path); });
+        baseline = baseline > 0 ? baseline : time;
+        BenchRatio::print(QStringLiteral("opening: %1").arg(format.name), "us", time, baseline, 2);
+    }
+    const double wave = seekTime(makeFile(folder, formats.at(1), longSeconds));
+    for (const std::size_t index : { std::size_t(4), std::size_t(5), std::size_t(6) }) {
+        const double time = seekTime(makeFile(folder, formats.at(index), longSeconds));
+        BenchRatio::print(
+            QStringLiteral("far seek to the first chunk: %1").arg(formats.at(index).name), "us", time, wave, 3);
+    }
+    return 0;
+}

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What writing costs beside the plain statements, in a table of 100,000 rows or, with the argument "large", of a
+// million; and how often the making of a database waits for the disk.
+
+#include "bench/benchcatalogue.h"
+#include "bench/benchratio.h"
+#include "scan/storeoperations.h"
+#include "store/operationreply.h"
+#include "store/querycomposer.h"
+#include "store/recordreader.h"
+#include "store/recordwriter.h"
+#include "store/transaction.h"
+#include "tests/store/literalwriter.h"
+
+#include <QCoreApplication>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <atomic>
+#include <cstdio>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int writtenRecords = 10000;
+constexpr int rounds = 3;
+
+std::atomic<int> syncsCount = 0;
+
+} // namespace
+
+// They stand before those of the C library for SQLite as well.
+extern "C" int fdatasync(int descriptor)
+{
+    ++syncsCount;
+    return int(::syscall(SYS_fdatasync, descriptor));
+}
+
+namespace {
+
+QSqlDatabase connection()
+{
+    return QSqlDatabase::database(QStringLiteral("MetaDatabase"), false);
+}
+
+MetaDataList rowsOf(int tableId, const QString& condition)
+{
+    QSqlQuery query(connection());
+    query.setForwardOnly(true);
+    if (!query.exec(QStringLiteral("SELECT * FROM %1 WHERE %2 ORDER BY id").arg(metaDataTableName(tableId), condition)))
+        qFatal("Cannot read");
+    const RecordReader reader(query);
+    MetaDataList items;
+    while (query.next())
+        items.append(reader.read());
+    return items;
+}
+
+// Records as a scan brings them: they have no id yet.
+MetaDataList scannedRows(int tableId, int step)
+{
+    MetaDataList items = rowsOf(tableId, QStringLiteral("id % %1 = 0").arg(step));
+    for (MetaData& item : items)
+        item.setId(0);
+    return items;
+}
+
+// Undone after each round.
+double timeOf(const std::function<void()>& write)
+{
+    double least = 0;
+    for (int round = 0; round < rounds; ++round) {
+        Transaction transaction(connection());
+        if (!transaction.begin())
+            qFatal("Cannot begin");
+        const double time = BenchRatio::processorTime(1, write);
+        transaction.rollback();
+        least = round == 0 ? time : std::min(least, time);
+    }
+    return least;
+}
+
+void compareRescans(int tableId, int rows)
+{
+    MetaDataList items = scannedRows(tableId, rows / writtenRecords);
+    const auto compare = [&](const QString& name, double limit) {
+        const double own = timeOf([&]() { writeMetaData(connection(), tableId, items, 5000, true); });
+        const double plain = timeOf([&]() { LiteralWriter(connection(), tableId, 5000).write(items); });
+        BenchRatio::print(name, "us a row", own / items.size(), plain / items.size(), limit);
+    };
+    compare("rescan of unchanged rows, beside three statements", 1.0 / 3);
+    for (MetaData& item : items)
+        item.setDescription(item.description() + "!");
+    compare("rescan of changed rows, beside three statements", 1);
+    for (MetaData& item : items)
+        item.setFilePath("/new" + item.filePath());
+    compare("insert, beside the plain statements", 1.1);
+}
+
+void writeWholeRows(int tableId, const QString& before, const QString& after)
+{
+    MetaDataList items = rowsOf(tableId, QStringLiteral("1"));
+    for (MetaData& item : items)
+        item.setDescription(item.description().replace(before, after));
+    writeMetaData(connection(), tableId, items, 0, false);
+}
+
+void compareReplace(Database& store, int tableId)
+{
+    const double own = BenchRatio::processorTime(1, [&]() {
+        BenchCatalogue::await(
+            store.replace(tableId, { QStringLiteral("description") }, "Sound", "Noise", Qt::CaseSensitive, {}));
+    });
+    double whole = 0;
+    const auto replaceWhole = [&]() {
+        whole = timeOf([&]() { writeWholeRows(tableId, "Noise", "Sound"); });
+    };
+    QMetaObject::invokeMethod(&store, replaceWhole, Qt::BlockingQueuedConnection);
+    BenchRatio::print("replace in a whole table, beside whole rows", "ms", own / 1e3, whole / 1e3, 0.25);
+}
+
+void countSyncs()
+{
+    const QTemporaryDir folder;
+    QThread thread;
+    Database database(folder.filePath(QStringLiteral("new.dat")));
+    database.moveToThread(&thread);
+    thread.start();
+    syncsCount = 0;
+    const double time = BenchRatio::passedTime(1, [&]() { database.open(); });
+    const int count = syncsCount;
+    database.close();
+    thread.quit();
+    thread.wait();
+    BenchRatio::print("waits for the disk in making a database", "waits", count, 20, 1);
+    std::printf("a new database: %.0f ms\n", time / 1e3);
+}
+
+} // namespace
+
+int main(int argumentsCount, char** arguments)
+{
+    const QCoreApplication application(argumentsCount, arguments);
+    countSyncs();
+    const int rows = application.arguments().contains("large") ? BenchCatalogue::largeRows : BenchCatalogue::smallRows;
+    Database& store = BenchCatalogue::database();
+    store.setBulkOperations(scanBulkOperations());
+    const int tableId = BenchCatalogue::tableOf(rows);
+    QMetaObject::invokeMethod(
+        &store, [&]() { compareRescans(tableId, rows); }, Qt::BlockingQueuedConnection);
+    compareReplace(store, tableId);
+    BenchCatalogue::close();
+    return 0;
+}
