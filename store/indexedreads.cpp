@@ -271,9 +271,14 @@ const std::vector<quint32>* IndexedReads::orderedRows(const IndexedView& view)
         return nullptr;
     m_viewSortField.clear();
     m_viewOrder = std::vector<quint32>();
-    m_viewOrder.reserve(size_t(rows->count()));
-    std::copy_if(order->begin(), order->end(), std::back_inserter(m_viewOrder),
-        [rows](quint32 row) { return rows->contains(row); });
+    // One place too many: each row is written, and stays if the next one does not take its place.
+    m_viewOrder.resize(size_t(rows->count()) + 1);
+    size_t count = 0;
+    for (const quint32 row : *order) {
+        m_viewOrder[count] = row;
+        count += rows->contains(row) ? 1 : 0;
+    }
+    m_viewOrder.resize(count);
     m_viewSortField = view.sortField;
     return &m_viewOrder;
 }

@@ -35,6 +35,12 @@ size_t nextCharacter(std::string_view text, size_t position)
     return position;
 }
 
+// Where, from `position` on, what follows a "%" and begins with `wanted` can match at the earliest.
+size_t nextStart(std::string_view text, size_t position, char wanted)
+{
+    return isWildcard(wanted) ? position : std::min(text.find(wanted, position), text.size());
+}
+
 } // namespace
 
 std::optional<LikePattern> LikePattern::fromTerm(const QString& term)
@@ -68,10 +74,14 @@ bool LikePattern::matches(std::string_view text) const
     size_t position = 0;
     size_t resumePlace = 0;
     size_t resumePosition = 0;
-    while (place < m_pattern.size()) {
+    for (;;) {
         const char wanted = m_pattern[place];
         if (wanted == anyCharacters) {
             resumePlace = ++place;
+            // The last one takes what is left.
+            if (place == m_pattern.size())
+                return true;
+            position = nextStart(text, position, m_pattern[place]);
             resumePosition = position;
         } else if (position >= text.size()) {
             return false;
@@ -83,10 +93,8 @@ bool LikePattern::matches(std::string_view text) const
             ++position;
         } else {
             place = resumePlace;
-            resumePosition = nextCharacter(text, resumePosition);
+            resumePosition = nextStart(text, nextCharacter(text, resumePosition), m_pattern[place]);
             position = resumePosition;
         }
     }
-    // The last "%" takes what is left.
-    return true;
 }

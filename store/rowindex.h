@@ -78,7 +78,8 @@ private:
     bool isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const;
     bool appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id);
     void forgetOrder();
-    void refreshOrder(const std::vector<quint32>& keptRows);
+    quint32 renumberInOrder(quint32 row);
+    void refreshOrder(const std::vector<quint32>& movedRows);
     bool isInPlace(SqliteCursor& precedence, quint32 row) const;
 
     sqlite3* m_handle;

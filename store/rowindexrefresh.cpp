@@ -10,7 +10,7 @@ namespace {
 
 // Beyond as many, reading all again is about as quick.
 constexpr size_t greatestAddedRows = 4000;
-constexpr size_t greatestKeptRows = 64;
+constexpr size_t greatestMovedRows = 64;
 
 } // namespace
 
@@ -29,8 +29,8 @@ bool RowIndex::refresh(std::vector<qint64> changedIds)
     const QStringList columns = QStringList{ QStringLiteral("id") } + fields;
     SqliteCursor cursor(
         m_handle, QStringLiteral("SELECT %1 FROM %2 WHERE id=?1").arg(columns.join(QLatin1String(", ")), m_tableName));
-    std::vector<quint32> keptRows;
-    const size_t rowsBefore = m_ids.size();
+    std::vector<quint32> movedRows;
+    bool hasNewRows = false;
     for (const qint64 id : changedIds) {
         cursor.bind(1, id);
         const bool isThere = cursor.next();
@@ -38,19 +38,23 @@ bool RowIndex::refresh(std::vector<qint64> changedIds)
             return false;
         const qint64 row = rowOf(id);
         if (isThere && row >= 0 && isSearchedAsBefore(cursor, fields, size_t(row))) {
-            keptRows.push_back(quint32(row));
+            movedRows.push_back(quint32(row));
             continue;
         }
         if (row >= 0)
             m_rows.remove(size_t(row));
-        if (isThere && !appendRow(cursor, fields, id))
+        if (!isThere)
+            continue;
+        if (!appendRow(cursor, fields, id))
             return false;
+        hasNewRows = hasNewRows || row < 0;
+        if (row >= 0)
+            movedRows.push_back(renumberInOrder(quint32(row)));
     }
     m_expectedRows = size_t(m_rows.count());
-    if (m_ids.size() == rowsBefore)
-        refreshOrder(keptRows);
-    else
+    if (hasNewRows)
         forgetOrder();
+    refreshOrder(movedRows);
     return m_ids.size() - m_ascendingIds <= greatestAddedRows && isWithinLimits();
 }
 
@@ -73,9 +77,19 @@ bool RowIndex::appendRow(const SqliteCursor& cursor, const QStringList& fields, 
     return true;
 }
 
-// For rows that have gone, and others that may have moved: in the order of the paths, a new rating moves nothing.
-void RowIndex::refreshOrder(const std::vector<quint32>& keptRows)
+// The last row has taken the place of this one, for the time being.
+quint32 RowIndex::renumberInOrder(quint32 row)
 {
+    const auto newRow = quint32(m_ids.size() - 1);
+    std::replace(m_order.begin(), m_order.end(), row, newRow);
+    return newRow;
+}
+
+// For rows that have gone, and others that may have moved: in the order of the paths, a new rating moves nothing.
+void RowIndex::refreshOrder(const std::vector<quint32>& movedRows)
+{
+    if (movedRows.size() > greatestMovedRows)
+        forgetOrder();
     if (m_sortField.isEmpty())
         return;
     const auto isDead = [this](quint32 row) {
@@ -88,7 +102,7 @@ void RowIndex::refreshOrder(const std::vector<quint32>& keptRows)
     const auto isStill = [&](quint32 row) {
         return isInPlace(precedence, row);
     };
-    if (keptRows.size() > greatestKeptRows || !std::all_of(keptRows.begin(), keptRows.end(), isStill))
+    if (!std::all_of(movedRows.begin(), movedRows.end(), isStill))
         forgetOrder();
 }
 
