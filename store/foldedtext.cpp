@@ -154,10 +154,14 @@ void FoldedText::find(const LikePattern& pattern, RowSet& hits) const
     const std::string_view text(m_text.constData(), size_t(m_text.size()));
     forEachOccurrence(text, anchor, [&](size_t position) -> size_t {
         index = rowAt(position, index);
-        if (pattern.isPlain() || pattern.matches(row(index)))
+        const bool isSettledHere = pattern.isRigid();
+        const bool isHit = pattern.isPlain()
+            || (isSettledHere ? pattern.matchesAround(row(index), position - m_starts[index])
+                              : pattern.matches(row(index)));
+        if (isHit)
             hits.insert(index);
-        // One occurrence in a row is enough.
-        return m_starts[index + 1];
+        // One match in a row is enough; without, another occurrence may do.
+        return isHit || !isSettledHere ? m_starts[index + 1] : position + 1;
     });
 }
 

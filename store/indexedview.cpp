@@ -20,10 +20,6 @@ bool readLookup(IndexedView& view, const QVariantMap& parameters)
             return false;
         view.terms.push_back({ *std::move(pattern), term.isNegated });
     }
-    // The long ones first: few rows are left for the others then.
-    std::stable_sort(view.terms.begin(), view.terms.end(), [](const IndexedView::Term& a, const IndexedView::Term& b) {
-        return a.pattern.anchor().size() > b.pattern.anchor().size();
-    });
     view.lookupFields = parameters.value(QStringLiteral("lookupFields")).toStringList();
     view.lookupFields.removeDuplicates();
     const auto isHeld = [](const QString& field) {

@@ -35,6 +35,15 @@ size_t nextCharacter(std::string_view text, size_t position)
     return position;
 }
 
+// Where the character before the one at `position` begins.
+size_t previousCharacter(std::string_view text, size_t position)
+{
+    do {
+        --position;
+    } while (position > 0 && (text[position] & 0xc0) == 0x80);
+    return position;
+}
+
 // Where, from `position` on, what follows a "%" and begins with `wanted` can match at the earliest.
 size_t nextStart(std::string_view text, size_t position, char wanted)
 {
@@ -65,6 +74,7 @@ LikePattern::LikePattern(std::string pattern)
         }
         start = i + 1;
     }
+    m_isRigid = std::count(m_pattern.begin(), m_pattern.end(), anyCharacters) == 2;
 }
 
 // Takes as few characters as will do for the last "%" met, and one more whenever the rest does not match.
@@ -97,4 +107,21 @@ bool LikePattern::matches(std::string_view text) const
             position = resumePosition;
         }
     }
+}
+
+bool LikePattern::matchesAround(std::string_view text, size_t position) const
+{
+    size_t end = position + m_anchorLength;
+    for (size_t place = m_anchorStart + m_anchorLength; place < m_pattern.size() - 1; ++place) {
+        if (end >= text.size() || (m_pattern[place] != oneCharacter && m_pattern[place] != text[end]))
+            return false;
+        end = m_pattern[place] == oneCharacter ? nextCharacter(text, end) : end + 1;
+    }
+    size_t begin = position;
+    for (size_t place = m_anchorStart - 1; place > 0; --place) {
+        if (begin == 0 || (m_pattern[place] != oneCharacter && m_pattern[place] != text[begin - 1]))
+            return false;
+        begin = m_pattern[place] == oneCharacter ? previousCharacter(text, begin) : begin - 1;
+    }
+    return true;
 }

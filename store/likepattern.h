@@ -29,6 +29,10 @@ public:
     /// Whether containing the anchor is all there is to it.
     bool isPlain() const { return m_anchorLength == m_pattern.size() - 2; }
     bool matches(std::string_view text) const;
+    /// Whether "_" is the only wildcard in it, so that the anchor's place settles all other places.
+    bool isRigid() const { return m_isRigid; }
+    /// For a rigid pattern: whether the text matches with the anchor, which is at `position`, in its place.
+    bool matchesAround(std::string_view text, size_t position) const;
 
 private:
     explicit LikePattern(std::string pattern);
@@ -37,4 +41,5 @@ private:
     std::string m_pattern;
     size_t m_anchorStart = 0;
     size_t m_anchorLength = 0;
+    bool m_isRigid = true;
 };

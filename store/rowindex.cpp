@@ -16,7 +16,7 @@ constexpr quint32 noRow = std::numeric_limits<quint32>::max();
 constexpr size_t rowsBetweenChecks = 1024;
 
 // A table of all ids between the least and the greatest is worth its memory up to so many for each row.
-constexpr size_t greatestSpread = 16;
+constexpr size_t greatestSpread = 4;
 
 bool isHoldable(qint64 id)
 {
@@ -52,8 +52,8 @@ bool RowIndex::findRows(const IndexedView& view, RowSet& rows)
             return false;
         rows.intersect(*flagged);
     }
-    for (const IndexedView::Term& term : view.terms)
-        applyTerm(term, view.lookupFields, rows);
+    for (const IndexedView::Term* term : rarestFirst(view))
+        applyTerm(*term, view.lookupFields, rows);
     return true;
 }
 
@@ -286,6 +286,30 @@ bool RowIndex::isWanted(const IndexedView::Term& term, const QStringList& fields
     const bool isFound = std::any_of(fields.begin(), fields.end(),
         [&](const QString& field) { return m_texts.at(field).isMatch(term.pattern, row); });
     return isFound != term.isNegated;
+}
+
+// How many of some hundred rows all over the table the term leaves.
+size_t RowIndex::sampledRows(const IndexedView::Term& term, const QStringList& fields) const
+{
+    constexpr size_t sampleSize = 400;
+    const size_t step = m_ids.size() / sampleSize + 1;
+    size_t count = 0;
+    for (size_t row = 0; row < m_ids.size(); row += step)
+        count += isWanted(term, fields, row) ? 1 : 0;
+    return count;
+}
+
+// Few rows are left for the other terms then, and each of them is looked at by itself.
+std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& view) const
+{
+    std::vector<std::pair<size_t, const IndexedView::Term*>> counted;
+    for (const IndexedView::Term& term : view.terms)
+        counted.emplace_back(view.terms.size() > 1 ? sampledRows(term, view.lookupFields) : 0, &term);
+    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<const IndexedView::Term*> terms;
+    for (const auto& entry : counted)
+        terms.push_back(entry.second);
+    return terms;
 }
 
 void RowIndex::applyTerm(const IndexedView::Term& term, const QStringList& fields, RowSet& rows) const

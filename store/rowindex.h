@@ -73,6 +73,8 @@ private:
 
     const RowSet* flaggedRows(const QString& flagsWhere);
     bool isWanted(const IndexedView::Term& term, const QStringList& fields, size_t row) const;
+    size_t sampledRows(const IndexedView::Term& term, const QStringList& fields) const;
+    std::vector<const IndexedView::Term*> rarestFirst(const IndexedView& view) const;
     void applyTerm(const IndexedView::Term& term, const QStringList& fields, RowSet& rows) const;
 
     bool isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const;
