@@ -76,7 +76,9 @@ void forEachOccurrence(std::string_view text, std::string_view wanted, const Vis
         size_t resume = block;
         for (auto mask = uint(_mm_movemask_epi8(equal)); mask != 0; mask &= mask - 1) {
             const size_t found = block + qCountTrailingZeroBits(mask);
-            if (found >= resume && std::memcmp(text.data() + found, wanted.data(), wanted.size()) == 0)
+            const bool isFound
+                = wanted.size() <= 2 || std::memcmp(text.data() + found + 1, wanted.data() + 1, wanted.size() - 2) == 0;
+            if (found >= resume && isFound)
                 resume = visit(found);
         }
         place = std::max(place, resume);
@@ -150,18 +152,18 @@ void FoldedText::find(const LikePattern& pattern, RowSet& hits) const
         }
         return;
     }
+    const bool isPlain = pattern.isPlain();
+    const bool isRigid = pattern.isRigid();
     size_t index = 0;
     const std::string_view text(m_text.constData(), size_t(m_text.size()));
     forEachOccurrence(text, anchor, [&](size_t position) -> size_t {
         index = rowAt(position, index);
-        const bool isSettledHere = pattern.isRigid();
-        const bool isHit = pattern.isPlain()
-            || (isSettledHere ? pattern.matchesAround(row(index), position - m_starts[index])
-                              : pattern.matches(row(index)));
+        const bool isHit = isPlain
+            || (isRigid ? pattern.matchesAround(row(index), position - m_starts[index]) : pattern.matches(row(index)));
         if (isHit)
             hits.insert(index);
         // One match in a row is enough; without, another occurrence may do.
-        return isHit || !isSettledHere ? m_starts[index + 1] : position + 1;
+        return isHit || !isRigid ? m_starts[index + 1] : position + 1;
     });
 }
 
@@ -176,6 +178,11 @@ bool FoldedText::isMatch(const LikePattern& pattern, size_t index) const
 // The row of a position that is not before the row `from`: a few steps when it is near, as it is for common words.
 size_t FoldedText::rowAt(size_t position, size_t from) const
 {
+    // The very row, or the next: no more steps.
+    if (position < m_starts[from + 1])
+        return from;
+    if (from + 2 < m_starts.size() && position < m_starts[from + 2])
+        return from + 1;
     size_t step = 1;
     while (from + step < rows() && m_starts[from + step] <= position) {
         from += step;

@@ -307,6 +307,7 @@ std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& v
         counted.emplace_back(view.terms.size() > 1 ? sampledRows(term, view.lookupFields) : 0, &term);
     std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<const IndexedView::Term*> terms;
+    terms.reserve(counted.size());
     for (const auto& entry : counted)
         terms.push_back(entry.second);
     return terms;
