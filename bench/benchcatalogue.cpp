@@ -36,21 +36,6 @@ QStringList column(QSqlDatabase& connection, const QString& statement)
     return values;
 }
 
-// The indexes are made again afterwards: sorting a million rows is much quicker than inserting each.
-void fillTable(QSqlDatabase& connection, int rows)
-{
-    const QString table = metaDataTableName(BenchCatalogue::tableOf(rows));
-    const QString indexes
-        = QStringLiteral("FROM sqlite_master WHERE type='index' AND sql IS NOT NULL AND tbl_name='%1'").arg(table);
-    const QStringList creations = column(connection, "SELECT sql " + indexes);
-    const QStringList names = column(connection, "SELECT name " + indexes);
-    for (const QString& name : names)
-        execute(connection, "DROP INDEX " + name);
-    execute(connection, QString::fromLatin1(fillStatement).arg(table, QString::number(rows)));
-    for (const QString& creation : creations)
-        execute(connection, creation);
-}
-
 void fill(const QString& filePath)
 {
     const QString name = QStringLiteral("BenchCatalogue");
@@ -61,8 +46,12 @@ void fill(const QString& filePath)
             qFatal("Cannot open %s", qPrintable(filePath));
         execute(connection, QStringLiteral("PRAGMA synchronous=OFF"));
         execute(connection, QStringLiteral("BEGIN"));
-        fillTable(connection, BenchCatalogue::smallRows);
-        fillTable(connection, BenchCatalogue::largeRows);
+        for (const int rows : { BenchCatalogue::smallRows, BenchCatalogue::largeRows }) {
+            const int tableId = BenchCatalogue::tableOf(rows);
+            const QString statement
+                = QString::fromLatin1(fillStatement).arg(metaDataTableName(tableId), QString::number(rows));
+            BenchCatalogue::fillTable(connection, tableId, statement);
+        }
         execute(connection, QStringLiteral("COMMIT"));
     }
     QSqlDatabase::removeDatabase(name);
@@ -114,6 +103,21 @@ std::unique_ptr<Catalogue>& catalogue()
 int BenchCatalogue::tableOf(qint64 rows)
 {
     return rows == smallRows ? 1 : 2;
+}
+
+// The indexes are made again afterwards: sorting a million rows is much quicker than inserting each.
+void BenchCatalogue::fillTable(QSqlDatabase& connection, int tableId, const QString& insertStatement)
+{
+    const QString indexes
+        = QStringLiteral("FROM sqlite_master WHERE type='index' AND sql IS NOT NULL AND tbl_name='%1'")
+              .arg(metaDataTableName(tableId));
+    const QStringList creations = column(connection, "SELECT sql " + indexes);
+    const QStringList names = column(connection, "SELECT name " + indexes);
+    for (const QString& name : names)
+        execute(connection, "DROP INDEX " + name);
+    execute(connection, insertStatement);
+    for (const QString& creation : creations)
+        execute(connection, creation);
 }
 
 Database& BenchCatalogue::database()

@@ -20,6 +20,9 @@ constexpr int largeRows = 1000000;
 /// Which table holds this many rows.
 int tableOf(qint64 rows);
 
+/// Fills an empty table, in a transaction of the caller's; fails the program when it cannot.
+void fillTable(QSqlDatabase& connection, int tableId, const QString& insertStatement);
+
 /// Opens the catalogue at the first call, which writes the tables and takes some seconds.
 Database& database();
 

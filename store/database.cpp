@@ -3,6 +3,7 @@
 
 #include "store/databaseschema.h"
 #include "store/databasesettings.h"
+#include "store/indexedreads.h"
 #include "store/metatypes.h"
 #include "store/operationreply.h"
 
@@ -162,6 +163,7 @@ QString Database::openConnection()
         connection.setDatabaseName(m_databaseFilePath);
         failure = setUpConnection(connection, existed);
         if (failure.isEmpty()) {
+            m_indexedReads = std::make_unique<IndexedReads>(connection);
             const QMutexLocker locker(&m_mutex);
             m_connection = connection;
             m_opened = true;
@@ -193,6 +195,7 @@ void Database::closeConnection()
             return;
         m_opened = false;
         m_tableDisplayNames.clear();
+        m_indexedReads.reset();
         m_connection.close();
         m_connection = QSqlDatabase();
         QSqlDatabase::removeDatabase(connectionName);

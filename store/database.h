@@ -14,7 +14,9 @@
 #include <QVariantMap>
 
 #include <functional>
+#include <memory>
 
+class IndexedReads;
 class OperationReply;
 
 /// The catalogue's store: one SQLite file with fifteen metadata tables and a settings table.
@@ -126,6 +128,8 @@ private:
     const QString m_databaseFilePath;
     BulkOperations m_bulkOperations;
     FileWarmUp m_warmUp;
+    // While open; used in the store's thread only.
+    std::unique_ptr<IndexedReads> m_indexedReads;
 
     mutable QMutex m_mutex;
     // What follows is guarded by the mutex. The connection is used in the store's thread only.

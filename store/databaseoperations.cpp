@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/database.h"
 
+#include "store/indexedreads.h"
 #include "store/operationreply.h"
 #include "store/readoperations.h"
 #include "store/writeoperations.h"
@@ -72,7 +73,10 @@ OperationReply* Database::getRowsCount(int tableId, const QVariantMap& parameter
 
 void Database::getRowsCount(OperationReply* reply, int tableId, const QVariantMap& parameters)
 {
-    run(reply, [&](const QSqlDatabase& connection) { runGetRowsCount(connection, reply, tableId, parameters); });
+    run(reply, [&](const QSqlDatabase& connection) {
+        if (!m_indexedReads->getRowsCount(connection, reply, tableId, parameters))
+            runGetRowsCount(connection, reply, tableId, parameters);
+    });
 }
 
 OperationReply* Database::pullMetaData(int tableId, const QVariantMap& parameters)
@@ -82,7 +86,10 @@ OperationReply* Database::pullMetaData(int tableId, const QVariantMap& parameter
 
 void Database::pullMetaData(OperationReply* reply, int tableId, const QVariantMap& parameters)
 {
-    run(reply, [&](const QSqlDatabase& connection) { runPullMetaData(connection, reply, tableId, parameters); });
+    run(reply, [&](const QSqlDatabase& connection) {
+        if (!m_indexedReads->pullMetaData(connection, reply, tableId, parameters))
+            runPullMetaData(connection, reply, tableId, parameters);
+    });
 }
 
 OperationReply* Database::pushMetaData(int tableId, const MetaDataList& items)
@@ -123,7 +130,8 @@ OperationReply* Database::lookupMetaDataRow(int tableId, int metaDataId, const Q
 void Database::lookupMetaDataRow(OperationReply* reply, int tableId, int metaDataId, const QVariantMap& parameters)
 {
     run(reply, [&](const QSqlDatabase& connection) {
-        runLookupMetaDataRow(connection, reply, tableId, metaDataId, parameters);
+        if (!m_indexedReads->lookupMetaDataRow(connection, reply, tableId, metaDataId, parameters))
+            runLookupMetaDataRow(connection, reply, tableId, metaDataId, parameters);
     });
 }
 

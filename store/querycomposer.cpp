@@ -9,34 +9,27 @@
 // would otherwise be taken for a place marker.
 namespace {
 
-QString composeLookupTerm(QString term, const QStringList& fields)
+QStringList lookupFields(const QVariantMap& parameters)
 {
-    const bool isNegated = term.startsWith(QLatin1Char('!'));
-    if (isNegated)
-        term.remove(0, 1);
-    if (term.isEmpty())
-        return QString();
-    const QString comparison = isNegated ? QStringLiteral("NOT LIKE") : QStringLiteral("LIKE");
+    return parameters.value(QStringLiteral("lookupFields")).toStringList();
+}
+
+QString composeLookupTerm(const LookupTerm& term, const QStringList& fields)
+{
+    const QString comparison = term.isNegated ? QStringLiteral("NOT LIKE") : QStringLiteral("LIKE");
     QStringList pieces;
     for (const QString& field : fields)
-        pieces.append(QStringLiteral("(%3 %1 \"%%%2%%\")").arg(comparison, term, field));
-    const QString joiner = isNegated ? QStringLiteral(" AND ") : QStringLiteral(" OR ");
+        pieces.append(QStringLiteral("(%3 %1 \"%%%2%%\")").arg(comparison, term.text, field));
+    const QString joiner = term.isNegated ? QStringLiteral(" AND ") : QStringLiteral(" OR ");
     return QLatin1Char('(') + pieces.join(joiner) + QLatin1Char(')');
 }
 
 QStringList composeLookup(const QVariantMap& parameters)
 {
-    const QStringList terms
-        = parameters.value(QStringLiteral("lookup")).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    const QStringList fields = parameters.value(QStringLiteral("lookupFields")).toStringList();
+    const QStringList fields = lookupFields(parameters);
     QStringList conditions;
-    if (fields.isEmpty())
-        return conditions;
-    for (const QString& term : terms) {
-        const QString condition = composeLookupTerm(term.trimmed(), fields);
-        if (!condition.isEmpty())
-            conditions.append(condition);
-    }
+    for (const LookupTerm& term : lookupTerms(parameters))
+        conditions.append(composeLookupTerm(term, fields));
     return conditions;
 }
 
@@ -68,6 +61,24 @@ QString composeRange(const QVariantMap& parameters)
 QString metaDataTableName(int tableId)
 {
     return QStringLiteral("MetaData%1").arg(tableId);
+}
+
+QVector<LookupTerm> lookupTerms(const QVariantMap& parameters)
+{
+    QVector<LookupTerm> terms;
+    if (lookupFields(parameters).isEmpty())
+        return terms;
+    const QStringList texts
+        = parameters.value(QStringLiteral("lookup")).toString().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    for (const QString& text : texts) {
+        LookupTerm term{ text.trimmed(), false };
+        term.isNegated = term.text.startsWith(QLatin1Char('!'));
+        if (term.isNegated)
+            term.text.remove(0, 1);
+        if (!term.text.isEmpty())
+            terms.append(term);
+    }
+    return terms;
 }
 
 QStringList composeConditions(int tableId, const QVariantMap& parameters)

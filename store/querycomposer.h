@@ -4,6 +4,7 @@
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
+#include <QVector>
 
 /// Turns query parameters into statements; every read of a metadata table is composed here. Thread: any.
 ///
@@ -13,6 +14,18 @@
 
 /// "MetaData%1" for a table identifier (1 to 15).
 QString metaDataTableName(int tableId);
+
+/// One term of a lookup text.
+struct LookupTerm
+{
+    /// Without the "!"; never empty.
+    QString text;
+    /// Records that contain it in any lookup field are not wanted, instead of only those that do.
+    bool isNegated;
+};
+
+/// The terms of the parameters' lookup text; none when there are no lookup fields to search.
+QVector<LookupTerm> lookupTerms(const QVariantMap& parameters);
 
 /// The conditions of the parameters, to be joined with " AND ".
 QStringList composeConditions(int tableId, const QVariantMap& parameters);

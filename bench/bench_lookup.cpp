@@ -1,0 +1,324 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// What reads of a large table cost from memory, beside what the composed statements cost, in one run. Prints a table.
+// Usage: bench_lookup [ROWS]
+
+#include "bench/benchcatalogue.h"
+#include "store/databaseschema.h"
+#include "store/indexedreads.h"
+#include "store/operationreply.h"
+#include "store/querycomposer.h"
+#include "store/readoperations.h"
+#include "store/recordreader.h"
+
+#include <QCoreApplication>
+#include <QSqlError>
+#include <QSqlQuery>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <limits>
+
+#include <time.h>
+
+namespace {
+
+constexpr int tableId = 1;
+constexpr int pageSize = 50;
+constexpr int exportedPageSize = 10000;
+constexpr int runs = 7;
+constexpr int statementRuns = 2;
+
+// Paths in another order than the ids, libraries that repeat, descriptions of about forty-five characters.
+const char* const fillStatement
+    = "INSERT INTO %1 (filePath, fileName, fileType, library, description, duration, rating, sampleRate, "
+      "channelsCount, bitsPerSample, playlist, scanTimestamp) "
+      "WITH RECURSIVE numbers(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM numbers WHERE i + 1 < %2) "
+      "SELECT printf('/sounds/some folder %d/part %d/%08d.wav', (i * 7919) % 100, i % 100, (i * 7919) % %2), "
+      "printf('%08d.wav', i), 'wav', 'Library ' || (i % 100), 'Sound of a thing in some place, number ' || i, "
+      "1 + i % 600, i % 1000, 48000, 2, 16, i % 1000 = 0, 1000 FROM numbers";
+
+using Work = std::function<void()>;
+
+double threadMilliseconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
+
+// Processor time: what is read is in memory already, and other programs must not count.
+double milliseconds(const Work& work)
+{
+    const double start = threadMilliseconds();
+    work();
+    return threadMilliseconds() - start;
+}
+
+// The best of a few runs, each after `prepare`, which is not counted: others share the machine.
+double best(int count, const Work& prepare, const Work& work)
+{
+    double least = std::numeric_limits<double>::max();
+    for (int i = 0; i < count; ++i) {
+        prepare();
+        least = std::min(least, milliseconds(work));
+    }
+    return least;
+}
+
+void doNothing() { }
+
+double bestOfStatements(const Work& work)
+{
+    return best(statementRuns, doNothing, work);
+}
+
+void print(const char* what, double baseline, double ours)
+{
+    std::printf("| %-50s | %10.2f ms | %10.3f ms | %8.4f |\n", what, baseline, ours, ours / baseline);
+    std::fflush(stdout);
+}
+
+QVariantMap view(const QString& lookup, const QString& sortField = QStringLiteral("filePath"), bool withPaths = false)
+{
+    QStringList fields{ QStringLiteral("library"), QStringLiteral("description") };
+    if (withPaths)
+        fields.append(QStringLiteral("filePath"));
+    return { { QStringLiteral("lookup"), lookup }, { QStringLiteral("lookupFields"), fields },
+        { QStringLiteral("sortField"), sortField }, { QStringLiteral("sortOrder"), 0 } };
+}
+
+QVariantMap page(QVariantMap parameters, int offset, int limit = pageSize)
+{
+    parameters.insert(QStringLiteral("offset"), offset);
+    parameters.insert(QStringLiteral("limit"), limit);
+    return parameters;
+}
+
+// The reads of one connection, by the statements and from memory.
+class Reads
+{
+public:
+    explicit Reads(const QSqlDatabase& connection)
+        : m_connection(connection)
+    {
+        forget();
+    }
+
+    void forget()
+    {
+        m_indexed.reset();
+        m_indexed = std::make_unique<IndexedReads>(m_connection);
+    }
+    size_t bytes() const { return m_indexed->bytes(); }
+
+    int countByStatement(const QVariantMap& parameters) const
+    {
+        OperationReply reply;
+        runGetRowsCount(m_connection, &reply, tableId, parameters);
+        return reply.result(QStringLiteral("rowsCount")).toInt();
+    }
+    int count(const QVariantMap& parameters)
+    {
+        OperationReply reply;
+        if (!m_indexed->getRowsCount(m_connection, &reply, tableId, parameters))
+            return countByStatement(parameters);
+        return reply.result(QStringLiteral("rowsCount")).toInt();
+    }
+    void pullByStatement(const QVariantMap& parameters) const
+    {
+        OperationReply reply;
+        runPullMetaData(m_connection, &reply, tableId, parameters);
+    }
+    void pull(const QVariantMap& parameters)
+    {
+        OperationReply reply;
+        if (!m_indexed->pullMetaData(m_connection, &reply, tableId, parameters))
+            pullByStatement(parameters);
+    }
+    void place(qint64 id, const QVariantMap& parameters)
+    {
+        OperationReply reply;
+        if (!m_indexed->lookupMetaDataRow(m_connection, &reply, tableId, id, parameters))
+            runLookupMetaDataRow(m_connection, &reply, tableId, id, parameters);
+    }
+    void placeByStatement(qint64 id, const QVariantMap& parameters) const
+    {
+        OperationReply reply;
+        runLookupMetaDataRow(m_connection, &reply, tableId, id, parameters);
+    }
+    void execute(const QString& statement) const
+    {
+        QSqlQuery query(m_connection);
+        if (!query.exec(statement))
+            qFatal("%s: %s", qPrintable(statement), qPrintable(query.lastError().text()));
+    }
+    // Every record of the view once, by one statement.
+    void readAll(const QVariantMap& parameters) const
+    {
+        QSqlQuery query(m_connection);
+        query.setForwardOnly(true);
+        query.exec(composeSelect(tableId, QStringLiteral("*"), parameters));
+        const RecordReader reader(query);
+        MetaDataList items;
+        while (query.next()) {
+            items.append(reader.read());
+            if (items.size() == exportedPageSize)
+                items.clear();
+        }
+    }
+
+private:
+    QSqlDatabase m_connection;
+    std::unique_ptr<IndexedReads> m_indexed;
+};
+
+// The count and the page in the middle of the hits, each time of a view that was not asked for just before.
+void measureLookup(Reads& reads, const char* what, const QString& lookup, bool withPaths = false)
+{
+    const QVariantMap parameters = view(lookup, QStringLiteral("filePath"), withPaths);
+    const QVariantMap other = view(QStringLiteral("another view"), QStringLiteral("filePath"), withPaths);
+    const int hits = reads.count(parameters);
+    const QVariantMap middle = page(parameters, hits / 2);
+    const double baseline = bestOfStatements([&]() {
+        reads.countByStatement(parameters);
+        reads.pullByStatement(middle);
+    });
+    const double ours = best(
+        runs, [&]() { reads.count(other); },
+        [&]() {
+            reads.count(parameters);
+            reads.pull(middle);
+        });
+    print(what, baseline, ours);
+}
+
+void measureLookups(Reads& reads)
+{
+    measureLookup(reads, "lookup \"sound\": in every row", QStringLiteral("sound"));
+    measureLookup(reads, "lookup \"library 77\": two words", QStringLiteral("library 77"));
+    measureLookup(reads, "lookup \"thing place 4242\": three words", QStringLiteral("thing place 4242"));
+    measureLookup(reads, "lookup \"s\": one letter", QStringLiteral("s"));
+    measureLookup(reads, "lookup \"4242\": few rows", QStringLiteral("4242"));
+    measureLookup(reads, "lookup \"absent\": no row", QStringLiteral("absent"));
+    measureLookup(reads, "lookup \"sound !77\": negated", QStringLiteral("sound !77"));
+    measureLookup(reads, "lookup \"n_mber\": wildcard in every row", QStringLiteral("n_mber"));
+    measureLookup(reads, "lookup \"42%24\": wildcard in few rows", QStringLiteral("42%24"));
+    std::printf("| bytes held: %zu\n", reads.bytes());
+}
+
+void measurePlaces(Reads& reads, int rows)
+{
+    const auto measureBoth = [](const char* what, const Work& baseline, const Work& ours) {
+        print(what, bestOfStatements(baseline), best(runs, doNothing, ours));
+    };
+    const QVariantMap end = page(view(QString()), rows - pageSize);
+    measureBoth(
+        "page at the end, by path", [&]() { reads.pullByStatement(end); }, [&]() { reads.pull(end); });
+    const QVariantMap all = view(QString());
+    measureBoth(
+        "place of a record, by path", [&]() { reads.placeByStatement(rows / 2, all); },
+        [&]() { reads.place(rows / 2, all); });
+    const QVariantMap some = view(QStringLiteral("77"));
+    measureBoth(
+        "place of a record in a lookup", [&]() { reads.placeByStatement(rows / 2, some); },
+        [&]() { reads.place(rows / 2, some); });
+}
+
+// From nothing, and after changes of single rows.
+void measureFreshness(Reads& reads)
+{
+    const QVariantMap parameters = view(QStringLiteral("4242"));
+    const double baseline = bestOfStatements([&]() {
+        reads.countByStatement(parameters);
+        reads.pullByStatement(page(parameters, 0));
+    });
+    int number = 10;
+    const auto measureAfter = [&](const char* what, const Work& change) {
+        const double ours = best(runs, change, [&]() {
+            reads.count(parameters);
+            reads.pull(page(parameters, 0));
+        });
+        print(what, baseline, ours);
+    };
+    const auto execute = [&](const QString& statement) {
+        reads.execute(statement.arg(++number));
+    };
+    measureAfter("first lookup and page, nothing in memory", [&]() { reads.forget(); });
+    measureAfter("lookup and page after a new rating",
+        [&]() { execute(QStringLiteral("UPDATE MetaData1 SET rating=%1 WHERE id=77")); });
+    measureAfter("lookup and page after a new description",
+        [&]() { execute(QStringLiteral("UPDATE MetaData1 SET description='4242 %1' WHERE id=77")); });
+    measureAfter("lookup and page after a row has gone",
+        [&]() { execute(QStringLiteral("DELETE FROM MetaData1 WHERE id=%1")); });
+    measureAfter("lookup and page after a new row", [&]() {
+        execute(QStringLiteral("INSERT INTO MetaData1 (filePath, fileName, fileType, description) "
+                               "VALUES ('/new/%1', '', '', 'New')"));
+    });
+}
+
+void readPages(
+    const QVariantMap& parameters, const std::function<void(const QVariantMap&)>& pull, int rows, int everyPage = 1)
+{
+    for (int offset = 0; offset < rows; offset += exportedPageSize * everyPage)
+        pull(page(parameters, offset, exportedPageSize));
+}
+
+// All pages of an export, beside the pages by OFFSET and beside one pass.
+void measureExport(Reads& reads, const char* what, const QVariantMap& parameters)
+{
+    const int rows = parameters.value(QStringLiteral("lookup")).toString().isEmpty()
+        ? reads.countByStatement(parameters)
+        : reads.count(parameters);
+    const double pass = milliseconds([&]() { reads.readAll(parameters); });
+    const double byOffset = milliseconds([&]() {
+        readPages(
+            parameters, [&](const QVariantMap& range) { reads.pullByStatement(range); }, rows);
+    });
+    const double ours = milliseconds([&]() {
+        readPages(
+            parameters, [&](const QVariantMap& range) { reads.pull(range); }, rows);
+    });
+    print(qPrintable(QStringLiteral("%1, beside pages by OFFSET").arg(QLatin1String(what))), byOffset, ours);
+    print(qPrintable(QStringLiteral("%1, beside one pass").arg(QLatin1String(what))), pass, ours);
+}
+
+void measure(const QSqlDatabase& connection, int rows)
+{
+    Reads reads(connection);
+    std::printf("| %-50s | %13s | %13s | %8s |\n|---|---|---|---|\n", qPrintable(QStringLiteral("%1 rows").arg(rows)),
+        "statements", "here", "ratio");
+    measureLookups(reads);
+    measureLookup(reads, "lookup \"part 42\" in file paths too", QStringLiteral("part 42"), true);
+    std::printf("| bytes held: %zu\n", reads.bytes());
+    measurePlaces(reads, rows);
+    measureExport(reads, "export", view(QString()));
+    measureExport(reads, "export of the lookup \"sound\"", view(QStringLiteral("sound")));
+    measureFreshness(reads);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const QCoreApplication application(argc, argv);
+    const int rows = argc > 1 ? QString::fromLocal8Bit(argv[1]).toInt() : BenchCatalogue::largeRows;
+    const QTemporaryDir folder;
+    {
+        QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"));
+        connection.setDatabaseName(folder.filePath(QStringLiteral("bench.dat")));
+        if (rows <= 0 || !connection.open())
+            qFatal("Cannot begin");
+        applyPragmas(connection);
+        connection.exec(QStringLiteral("PRAGMA synchronous=OFF"));
+        installSchema(connection);
+        connection.transaction();
+        BenchCatalogue::fillTable(connection, tableId,
+            QString::fromLatin1(fillStatement).arg(metaDataTableName(tableId), QString::number(rows)));
+        connection.commit();
+        measure(connection, rows);
+        connection.close();
+    }
+    QSqlDatabase::removeDatabase(QLatin1String(QSqlDatabase::defaultConnection));
+    return 0;
+}

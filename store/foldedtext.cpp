@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "store/foldedtext.h"
+
+#include <algorithm>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+constexpr int greatestBytes = 1 << 30;
+
+struct Utf8Lead
+{
+    int continuations;
+    quint32 bits;
+    // What takes fewer bytes must not be written with as many.
+    quint32 least;
+};
+
+// Without continuations for a byte that cannot begin a longer character.
+Utf8Lead leadOf(uchar byte)
+{
+    if (byte >= 0xc2 && byte <= 0xdf)
+        return { 1, byte & 0x1fU, 0x80 };
+    if (byte >= 0xe0 && byte <= 0xef)
+        return { 2, byte & 0x0fU, 0x800 };
+    if (byte >= 0xf0 && byte <= 0xf4)
+        return { 3, byte & 0x07U, 0x10000 };
+    return { 0, 0, 0 };
+}
+
+bool isUtf8(std::string_view text)
+{
+    for (size_t i = 0; i < text.size(); ++i) {
+        const uchar byte = uchar(text[i]);
+        if (byte < 0x80)
+            continue;
+        const Utf8Lead lead = leadOf(byte);
+        if (lead.continuations == 0 || i + lead.continuations >= text.size())
+            return false;
+        quint32 character = lead.bits;
+        for (int k = 0; k < lead.continuations; ++k) {
+            const uchar next = uchar(text[++i]);
+            if ((next & 0xc0) != 0x80)
+                return false;
+            character = (character << 6) | (next & 0x3fU);
+        }
+        const bool isSurrogate = character >= 0xd800 && character <= 0xdfff;
+        if (character < lead.least || character > 0x10ffff || isSurrogate)
+            return false;
+    }
+    return true;
+}
+
+// Calls `visit` with the place of an occurrence and goes on at the place that it returns.
+template <typename Visitor>
+void forEachOccurrence(std::string_view text, std::string_view wanted, const Visitor& visit)
+{
+    size_t place = 0;
+#ifdef __SSE2__
+    // Sixteen places at a time: only where the first and the last byte are right are the others compared.
+    constexpr size_t width = sizeof(__m128i);
+    const __m128i first = _mm_set1_epi8(wanted.front());
+    const __m128i last = _mm_set1_epi8(wanted.back());
+    const auto equalBytes = [&text](size_t position, __m128i byte) {
+        const auto* bytes = static_cast<const __m128i*>(static_cast<const void*>(text.data() + position));
+        return _mm_cmpeq_epi8(_mm_loadu_si128(bytes), byte);
+    };
+    while (place + wanted.size() - 1 + width <= text.size()) {
+        const size_t block = place;
+        place += width;
+        const __m128i equal = _mm_and_si128(equalBytes(block, first), equalBytes(block + wanted.size() - 1, last));
+        size_t resume = block;
+        for (auto mask = uint(_mm_movemask_epi8(equal)); mask != 0; mask &= mask - 1) {
+            const size_t found = block + qCountTrailingZeroBits(mask);
+            const bool isFound
+                = wanted.size() <= 2 || std::memcmp(text.data() + found + 1, wanted.data() + 1, wanted.size() - 2) == 0;
+            if (found >= resume && isFound)
+                resume = visit(found);
+        }
+        place = std::max(place, resume);
+    }
+#endif
+    while ((place = text.find(wanted, place)) != std::string_view::npos)
+        place = visit(place);
+}
+
+} // namespace
+
+FoldedText::FoldedText()
+    : m_starts{ 0 }
+{
+}
+
+void FoldedText::reserve(size_t rows)
+{
+    m_starts.reserve(rows + 1);
+}
+
+bool FoldedText::append(std::string_view text)
+{
+    text = text.substr(0, text.find('\0'));
+    const int start = m_text.size();
+    if (text.size() >= size_t(greatestBytes - start))
+        return false;
+    const int end = start + int(text.size()) + 1;
+    // By an eighth: large blocks are moved by the system without a copy.
+    if (end > m_text.capacity())
+        m_text.reserve(end + end / 8);
+    m_text.resize(end);
+    char* target = m_text.data() + start;
+    uchar allBytes = 0;
+    for (const char byte : text) {
+        allBytes |= uchar(byte);
+        *target++ = foldedByte(byte);
+    }
+    *target = '\0';
+    if (allBytes >= 0x80 && !isUtf8(text)) {
+        m_text.resize(start);
+        return false;
+    }
+    m_starts.push_back(quint32(end));
+    return true;
+}
+
+void FoldedText::squeeze()
+{
+    m_text.squeeze();
+    m_starts.shrink_to_fit();
+}
+
+std::string_view FoldedText::row(size_t index) const
+{
+    return { m_text.constData() + m_starts[index], m_starts[index + 1] - m_starts[index] - 1 };
+}
+
+size_t FoldedText::bytes() const
+{
+    return size_t(m_text.capacity()) + m_starts.capacity() * sizeof(quint32);
+}
+
+void FoldedText::find(const LikePattern& pattern, RowSet& hits) const
+{
+    const std::string_view anchor = pattern.anchor();
+    if (anchor.empty()) {
+        for (size_t index = 0; index < rows(); ++index) {
+            if (pattern.matches(row(index)))
+                hits.insert(index);
+        }
+        return;
+    }
+    const bool isPlain = pattern.isPlain();
+    const bool isRigid = pattern.isRigid();
+    size_t index = 0;
+    const std::string_view text(m_text.constData(), size_t(m_text.size()));
+    forEachOccurrence(text, anchor, [&](size_t position) -> size_t {
+        index = rowAt(position, index);
+        const bool isHit = isPlain
+            || (isRigid ? pattern.matchesAround(row(index), position - m_starts[index]) : pattern.matches(row(index)));
+        if (isHit)
+            hits.insert(index);
+        // One match in a row is enough; without, another occurrence may do.
+        return isHit || !isRigid ? m_starts[index + 1] : position + 1;
+    });
+}
+
+bool FoldedText::isMatch(const LikePattern& pattern, size_t index) const
+{
+    const std::string_view text = row(index);
+    if (text.find(pattern.anchor()) == std::string_view::npos)
+        return false;
+    return pattern.isPlain() || pattern.matches(text);
+}
+
+// The row of a position that is not before the row `from`: a few steps when it is near, as it is for common words.
+size_t FoldedText::rowAt(size_t position, size_t from) const
+{
+    // The very row, or the next: no more steps.
+    if (position < m_starts[from + 1])
+        return from;
+    if (from + 2 < m_starts.size() && position < m_starts[from + 2])
+        return from + 1;
+    size_t step = 1;
+    while (from + step < rows() && m_starts[from + step] <= position) {
+        from += step;
+        step *= 2;
+    }
+    const auto begin = m_starts.begin() + std::ptrdiff_t(from);
+    const auto end = m_starts.begin() + std::ptrdiff_t(std::min(from + step, rows()));
+    return size_t(std::upper_bound(begin, end, position) - m_starts.begin()) - 1;
+}

@@ -1,0 +1,333 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "store/rowindex.h"
+
+#include "store/querycomposer.h"
+#include "store/sqlitecursor.h"
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+
+namespace {
+
+const QString filePathField = QStringLiteral("filePath");
+
+constexpr quint32 noRow = std::numeric_limits<quint32>::max();
+constexpr size_t rowsBetweenChecks = 1024;
+
+// A table of all ids between the least and the greatest is worth its memory up to so many for each row.
+constexpr size_t greatestSpread = 4;
+
+bool isHoldable(qint64 id)
+{
+    return id >= 0 && id < qint64(noRow);
+}
+
+} // namespace
+
+RowIndex::RowIndex(sqlite3* handle, int tableId, const Limits& limits)
+    : m_handle(handle)
+    , m_tableName(metaDataTableName(tableId))
+    , m_tableId(tableId)
+    , m_limits(limits)
+{
+}
+
+const QStringList& RowIndex::lookupFields()
+{
+    static const QStringList fields{ QStringLiteral("library"), QStringLiteral("description"), filePathField };
+    return fields;
+}
+
+bool RowIndex::findRows(const IndexedView& view, RowSet& rows)
+{
+    const bool isPrepared
+        = !m_isRefused && (view.terms.empty() ? order(view.sortField) != nullptr : prepareTexts(view.lookupFields));
+    if (!isPrepared)
+        return false;
+    rows = m_rows;
+    if (!view.flagsWhere.isEmpty()) {
+        const RowSet* flagged = flaggedRows(view.flagsWhere);
+        if (flagged == nullptr)
+            return false;
+        rows.intersect(*flagged);
+    }
+    for (const IndexedView::Term* term : rarestFirst(view))
+        applyTerm(*term, view.lookupFields, rows);
+    return true;
+}
+
+const std::vector<quint32>* RowIndex::order(const QString& sortField)
+{
+    if (m_isRefused)
+        return nullptr;
+    if (m_sortField != sortField && !readOrder(sortField)) {
+        refuse();
+        return nullptr;
+    }
+    return &m_order;
+}
+
+qint64 RowIndex::rowOf(qint64 id) const
+{
+    // Newer rows of the same id come first.
+    for (size_t row = m_ids.size(); row > m_ascendingIds; --row) {
+        if (m_ids[row - 1] == id && m_rows.contains(row - 1))
+            return qint64(row - 1);
+    }
+    if (m_ascendingIds == 0 || id < m_ids.front() || id > m_ids[m_ascendingIds - 1])
+        return -1;
+    const bool isWithoutGaps = m_ids[m_ascendingIds - 1] - m_ids.front() == m_ascendingIds - 1;
+    const auto end = m_ids.begin() + std::ptrdiff_t(m_ascendingIds);
+    const qint64 row = isWithoutGaps ? id - m_ids.front() : std::lower_bound(m_ids.begin(), end, id) - m_ids.begin();
+    return m_ids[size_t(row)] == id && m_rows.contains(size_t(row)) ? row : -1;
+}
+
+size_t RowIndex::bytes() const
+{
+    size_t bytes = (m_ids.capacity() + m_order.capacity()) * sizeof(quint32) + m_rows.bytes();
+    for (const auto& text : m_texts)
+        bytes += text.second.bytes();
+    for (const auto& rows : m_flaggedRows)
+        bytes += rows.second.bytes();
+    return bytes;
+}
+
+bool RowIndex::isWithinLimits() const
+{
+    const auto paths = m_texts.find(filePathField);
+    const size_t pathBytes = paths == m_texts.end() ? 0 : paths->second.bytes();
+    return bytes() - pathBytes <= m_limits.perRow * m_expectedRows + m_limits.besides
+        && pathBytes <= m_limits.perPath * m_expectedRows + m_limits.besides;
+}
+
+void RowIndex::refuse()
+{
+    clear();
+    m_isRefused = true;
+}
+
+void RowIndex::clear()
+{
+    m_ids = std::vector<quint32>();
+    m_ascendingIds = 0;
+    m_rows = RowSet();
+    m_texts.clear();
+    m_flaggedRows.clear();
+    forgetOrder();
+}
+
+void RowIndex::forgetOrder()
+{
+    m_sortField.clear();
+    m_order = std::vector<quint32>();
+}
+
+// Paths are held only as long as they are searched.
+bool RowIndex::prepareTexts(const QStringList& fields)
+{
+    if (!fields.contains(filePathField))
+        m_texts.erase(filePathField);
+    else if (m_arePathsRefused)
+        return false;
+    const auto isMissing = [this](const QString& field) {
+        return m_texts.count(field) == 0;
+    };
+    if (std::none_of(fields.begin(), fields.end(), isMissing))
+        return true;
+    // A pass finds the rows in the order of their ids.
+    if (m_ids.size() != m_ascendingIds || size_t(m_rows.count()) != m_ids.size())
+        clear();
+    QStringList missing;
+    std::copy_if(fields.begin(), fields.end(), std::back_inserter(missing), isMissing);
+    if (readTexts(missing))
+        return true;
+    if (missing == QStringList{ filePathField }) {
+        m_texts.erase(filePathField);
+        m_arePathsRefused = true;
+    } else {
+        refuse();
+    }
+    return false;
+}
+
+bool RowIndex::readTexts(const QStringList& fields)
+{
+    const bool isFirstPass = m_ids.empty();
+    if (isFirstPass && !beginFirstPass())
+        return false;
+    for (const QString& field : fields)
+        m_texts[field].reserve(m_expectedRows);
+    SqliteCursor cursor(m_handle,
+        QStringLiteral("SELECT id, %1 FROM %2 ORDER BY id").arg(fields.join(QLatin1String(", ")), m_tableName));
+    if (!readRows(cursor, fields) || (isFirstPass && !takeIds(std::move(m_ids))))
+        return false;
+    for (const QString& field : fields)
+        m_texts[field].squeeze();
+    return isWithinLimits();
+}
+
+// False when it is not a row for each of the ids, in their order, or there is a text that cannot be held.
+bool RowIndex::readRows(SqliteCursor& cursor, const QStringList& fields)
+{
+    const bool isFirstPass = m_ids.empty();
+    size_t row = 0;
+    for (; cursor.next(); ++row) {
+        const qint64 id = cursor.integer(0);
+        if (isFirstPass && isHoldable(id))
+            m_ids.push_back(quint32(id));
+        if (row >= m_ids.size() || m_ids[row] != id || !appendTexts(cursor, fields))
+            return false;
+        if (row % rowsBetweenChecks == 0 && !isWithinLimits())
+            return false;
+    }
+    return !cursor.hasFailed() && row == m_ids.size();
+}
+
+bool RowIndex::appendTexts(const SqliteCursor& cursor, const QStringList& fields)
+{
+    int column = 0;
+    return std::all_of(fields.begin(), fields.end(), [&](const QString& field) {
+        ++column;
+        // What is no text is compared by rules of its own.
+        return cursor.isText(column) && m_texts[field].append(cursor.text(column));
+    });
+}
+
+bool RowIndex::beginFirstPass()
+{
+    SqliteCursor cursor(m_handle, QLatin1String("SELECT COUNT(*) FROM ") + m_tableName);
+    if (!cursor.next())
+        return false;
+    m_expectedRows = size_t(cursor.integer(0));
+    if (m_expectedRows >= noRow)
+        return false;
+    m_ids.reserve(m_expectedRows);
+    return true;
+}
+
+bool RowIndex::readOrder(const QString& sortField)
+{
+    const bool isFirstPass = m_ids.empty();
+    if (isFirstPass && !beginFirstPass())
+        return false;
+    forgetOrder();
+    m_order.reserve(m_expectedRows);
+    SqliteCursor cursor(
+        m_handle, composeSelect(m_tableId, QStringLiteral("id"), { { QStringLiteral("sortField"), sortField } }));
+    while (cursor.next()) {
+        if (!isHoldable(cursor.integer(0)) || m_order.size() == m_expectedRows)
+            return false;
+        m_order.push_back(quint32(cursor.integer(0)));
+    }
+    if (cursor.hasFailed() || (isFirstPass && !takeIds(m_order)) || !numberOrder())
+        return false;
+    m_sortField = sortField;
+    return isWithinLimits();
+}
+
+bool RowIndex::takeIds(std::vector<quint32> ids)
+{
+    if (!std::is_sorted(ids.begin(), ids.end()))
+        std::sort(ids.begin(), ids.end());
+    m_ids = std::move(ids);
+    m_ascendingIds = m_ids.size();
+    m_rows = RowSet(m_ids.size());
+    for (size_t row = 0; row < m_ids.size(); ++row)
+        m_rows.insert(row);
+    return m_ids.size() == m_expectedRows;
+}
+
+// Puts the row numbers in the place of the ids. False when there are others than the rows'.
+bool RowIndex::numberOrder()
+{
+    if (m_order.size() != size_t(m_rows.count()))
+        return false;
+    if (m_order.empty())
+        return true;
+    const auto range = std::minmax_element(m_ids.begin(), m_ids.end());
+    const quint32 least = *range.first;
+    const size_t spread = size_t(*range.second) - least + 1;
+    std::vector<quint32> rows;
+    if (spread <= greatestSpread * m_ids.size()) {
+        rows.assign(spread, noRow);
+        m_rows.forEach([&](size_t row) { rows[m_ids[row] - least] = quint32(row); });
+    }
+    for (quint32& place : m_order) {
+        if (place < least || place - least >= spread)
+            return false;
+        place = rows.empty() ? quint32(rowOf(place)) : rows[place - least];
+        if (place == noRow)
+            return false;
+    }
+    return true;
+}
+
+// Those of few conditions at a time: there are two, and both together.
+const RowSet* RowIndex::flaggedRows(const QString& flagsWhere)
+{
+    const auto found = m_flaggedRows.find(flagsWhere);
+    if (found != m_flaggedRows.end())
+        return &found->second;
+    RowSet rows(m_ids.size());
+    SqliteCursor cursor(m_handle, QLatin1String("SELECT id FROM ") + m_tableName + flagsWhere);
+    while (cursor.next()) {
+        const qint64 row = rowOf(cursor.integer(0));
+        if (row >= 0)
+            rows.insert(size_t(row));
+    }
+    if (cursor.hasFailed())
+        return nullptr;
+    return &m_flaggedRows.emplace(flagsWhere, std::move(rows)).first->second;
+}
+
+bool RowIndex::isWanted(const IndexedView::Term& term, const QStringList& fields, size_t row) const
+{
+    const bool isFound = std::any_of(fields.begin(), fields.end(),
+        [&](const QString& field) { return m_texts.at(field).isMatch(term.pattern, row); });
+    return isFound != term.isNegated;
+}
+
+// How many of some hundred rows all over the table the term leaves.
+size_t RowIndex::sampledRows(const IndexedView::Term& term, const QStringList& fields) const
+{
+    constexpr size_t sampleSize = 400;
+    const size_t step = m_ids.size() / sampleSize + 1;
+    size_t count = 0;
+    for (size_t row = 0; row < m_ids.size(); row += step)
+        count += isWanted(term, fields, row) ? 1 : 0;
+    return count;
+}
+
+// Few rows are left for the other terms then, and each of them is looked at by itself.
+std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& view) const
+{
+    std::vector<std::pair<size_t, const IndexedView::Term*>> counted;
+    for (const IndexedView::Term& term : view.terms)
+        counted.emplace_back(view.terms.size() > 1 ? sampledRows(term, view.lookupFields) : 0, &term);
+    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<const IndexedView::Term*> terms;
+    terms.reserve(counted.size());
+    for (const auto& entry : counted)
+        terms.push_back(entry.second);
+    return terms;
+}
+
+void RowIndex::applyTerm(const IndexedView::Term& term, const QStringList& fields, RowSet& rows) const
+{
+    constexpr size_t fewRows = 8; // of so many
+    if (size_t(rows.count()) * fewRows < rows.size()) {
+        rows.forEach([&](size_t row) {
+            if (!isWanted(term, fields, row))
+                rows.remove(row);
+        });
+        return;
+    }
+    RowSet hits(rows.size());
+    for (const QString& field : fields)
+        m_texts.at(field).find(term.pattern, hits);
+    if (term.isNegated)
+        rows.subtract(hits);
+    else
+        rows.intersect(hits);
+}

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "store/foldedtext.h"
+#include "store/indexedview.h"
+#include "store/rowset.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <map>
+#include <vector>
+
+class SqliteCursor;
+struct sqlite3;
+
+/// By what the rows of one table are found without a statement: their ids, one order of theirs, and the folded texts
+/// that lookups search. Each part is read, in one pass over the table, when it is first needed.
+///
+/// A row has a number in here; a row whose text changes gets a new one, and the old number is dead. The owner sees to
+/// it that the table is as it was at the first pass, or tells what has changed by `refresh()`.
+///
+/// What cannot be answered exactly, or only with more memory than allowed, is refused: the statements have to answer.
+/// The functions that read may throw std::bad_alloc; the index is of no more use then.
+///
+/// Memory per row, in bytes: the id 4, the order 4, library and description their UTF-8 and 10, and with a lookup in
+/// file paths these likewise (path and 5). Limited by `Limits`.
+/// Owner: IndexedReads. Thread: the store's.
+class RowIndex final
+{
+public:
+    /// The greatest number of bytes held, per row of the table and besides.
+    struct Limits
+    {
+        size_t perRow = 110;
+        /// For file paths alone, while lookups search them too.
+        size_t perPath = 250;
+        size_t besides = 1 << 20;
+    };
+
+    RowIndex(sqlite3* handle, int tableId, const Limits& limits);
+
+    /// The fields whose text can be held: library, description, filePath.
+    static const QStringList& lookupFields();
+
+    /// Takes in that no other rows than these have changed. False when all is to be read anew.
+    bool refresh(std::vector<qint64> changedIds);
+
+    /// The rows of the view; false when it is refused.
+    bool findRows(const IndexedView& view, RowSet& rows);
+    /// All rows, ascending by this field and the id; null when it is refused.
+    const std::vector<quint32>* order(const QString& sortField);
+
+    qint64 id(size_t row) const { return m_ids[row]; }
+    /// The row of an id, or -1.
+    qint64 rowOf(qint64 id) const;
+    size_t bytes() const;
+
+    /// Gives all back and answers nothing from now on.
+    void refuse();
+
+private:
+    bool prepareTexts(const QStringList& fields);
+    bool readTexts(const QStringList& fields);
+    bool readRows(SqliteCursor& cursor, const QStringList& fields);
+    bool appendTexts(const SqliteCursor& cursor, const QStringList& fields);
+    bool readOrder(const QString& sortField);
+    bool numberOrder();
+    bool takeIds(std::vector<quint32> ids);
+    bool beginFirstPass();
+    bool isWithinLimits() const;
+    void clear();
+
+    const RowSet* flaggedRows(const QString& flagsWhere);
+    bool isWanted(const IndexedView::Term& term, const QStringList& fields, size_t row) const;
+    size_t sampledRows(const IndexedView::Term& term, const QStringList& fields) const;
+    std::vector<const IndexedView::Term*> rarestFirst(const IndexedView& view) const;
+    void applyTerm(const IndexedView::Term& term, const QStringList& fields, RowSet& rows) const;
+
+    bool isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const;
+    bool appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id);
+    void forgetOrder();
+    quint32 renumberInOrder(quint32 row);
+    void refreshOrder(const std::vector<quint32>& movedRows);
+    bool isInPlace(SqliteCursor& precedence, quint32 row) const;
+
+    sqlite3* m_handle;
+    QString m_tableName;
+    int m_tableId;
+    Limits m_limits;
+    size_t m_expectedRows = 0;
+    bool m_isRefused = false;
+    bool m_arePathsRefused = false;
+
+    // By row number; ascending, but for those of rows that came or changed after the pass.
+    std::vector<quint32> m_ids;
+    size_t m_ascendingIds = 0;
+    // Rows that are not dead.
+    RowSet m_rows;
+    std::map<QString, FoldedText> m_texts;
+    std::map<QString, RowSet> m_flaggedRows;
+    QString m_sortField;
+    std::vector<quint32> m_order;
+};

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QtAlgorithms>
+
+#include <vector>
+
+/// A set of row numbers (from 0) of one table, one bit a row. Thread: a value.
+class RowSet final
+{
+public:
+    RowSet() = default;
+    /// Holds none of `size` rows.
+    explicit RowSet(size_t size)
+        : m_words((size + bitsInWord - 1) / bitsInWord)
+        , m_size(size)
+    {
+    }
+
+    /// How many rows there are, in the set or not.
+    size_t size() const { return m_size; }
+    size_t bytes() const { return m_words.capacity() * sizeof(quint64); }
+    bool contains(size_t row) const { return ((m_words[row / bitsInWord] >> (row % bitsInWord)) & 1U) != 0; }
+    void insert(size_t row) { m_words[row / bitsInWord] |= bit(row); }
+    void remove(size_t row) { m_words[row / bitsInWord] &= ~bit(row); }
+    /// One more row, which is in the set.
+    void append()
+    {
+        m_words.resize(m_size / bitsInWord + 1);
+        insert(m_size++);
+    }
+
+    int count() const
+    {
+        uint count = 0;
+        for (const quint64 word : m_words)
+            count += qPopulationCount(word);
+        return int(count);
+    }
+
+    /// Keeps what is in both sets. The sizes are the same, as below.
+    void intersect(const RowSet& other)
+    {
+        for (size_t i = 0; i < m_words.size(); ++i)
+            m_words[i] &= other.m_words[i];
+    }
+    void unite(const RowSet& other)
+    {
+        for (size_t i = 0; i < m_words.size(); ++i)
+            m_words[i] |= other.m_words[i];
+    }
+    void subtract(const RowSet& other)
+    {
+        for (size_t i = 0; i < m_words.size(); ++i)
+            m_words[i] &= ~other.m_words[i];
+    }
+
+    /// Calls `visit` with each row of the set, in ascending order; the row may be removed meanwhile.
+    template <typename Visitor>
+    void forEach(const Visitor& visit) const
+    {
+        for (size_t i = 0; i < m_words.size(); ++i) {
+            for (quint64 word = m_words[i]; word != 0; word &= word - 1)
+                visit(i * bitsInWord + qCountTrailingZeroBits(word));
+        }
+    }
+
+private:
+    static constexpr size_t bitsInWord = 64;
+    static quint64 bit(size_t row) { return Q_UINT64_C(1) << (row % bitsInWord); }
+
+    std::vector<quint64> m_words;
+    size_t m_size = 0;
+};

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "store/sqlitecursor.h"
+
+#include <QSqlDatabase>
+#include <QSqlDriver>
+#include <QSqlQuery>
+#include <QVariant>
+
+#include <sqlite3.h>
+
+sqlite3* sqliteHandle(const QSqlDatabase& connection)
+{
+    const QVariant handle = connection.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "sqlite3*") != 0)
+        return nullptr;
+    // A driver may bring an SQLite of its own, whose handles another one must not touch.
+    QSqlQuery query(connection);
+    if (!query.exec(QStringLiteral("SELECT sqlite_source_id()")) || !query.next())
+        return nullptr;
+    const bool isSame = query.value(0).toString() == QLatin1String(sqlite3_sourceid());
+    return isSame ? *static_cast<sqlite3* const*>(handle.constData()) : nullptr;
+}
+
+SqliteCursor::SqliteCursor(sqlite3* handle, const QString& statement)
+{
+    const QByteArray text = statement.toUtf8();
+    m_hasFailed = sqlite3_prepare_v2(handle, text.constData(), text.size(), &m_statement, nullptr) != SQLITE_OK;
+}
+
+SqliteCursor::~SqliteCursor()
+{
+    sqlite3_finalize(m_statement);
+}
+
+void SqliteCursor::bind(int place, qint64 value)
+{
+    if (m_hasFailed)
+        return;
+    sqlite3_reset(m_statement);
+    m_hasFailed = sqlite3_bind_int64(m_statement, place, value) != SQLITE_OK;
+}
+
+bool SqliteCursor::next()
+{
+    if (m_hasFailed)
+        return false;
+    const int result = sqlite3_step(m_statement);
+    m_hasFailed = result != SQLITE_ROW && result != SQLITE_DONE;
+    return result == SQLITE_ROW;
+}
+
+qint64 SqliteCursor::integer(int column) const
+{
+    return sqlite3_column_int64(m_statement, column);
+}
+
+bool SqliteCursor::isText(int column) const
+{
+    return sqlite3_column_type(m_statement, column) == SQLITE_TEXT;
+}
+
+std::string_view SqliteCursor::text(int column) const
+{
+    const auto* bytes = static_cast<const char*>(static_cast<const void*>(sqlite3_column_text(m_statement, column)));
+    return bytes == nullptr ? std::string_view()
+                            : std::string_view(bytes, size_t(sqlite3_column_bytes(m_statement, column)));
+}

@@ -1,0 +1,466 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "store/fieldcatalogue.h"
+#include "store/indexedreads.h"
+#include "store/operationreply.h"
+#include "store/querycomposer.h"
+#include "store/readoperations.h"
+#include "store/recordwriter.h"
+#include "store/writeoperations.h"
+#include "tests/store/connectionfixture.h"
+
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QtTest>
+
+#include <random>
+
+// Held against the statements: whatever an IndexedReads answers, the statements must answer the same.
+namespace {
+
+constexpr int tableId = 1;
+constexpr int otherTableId = 2;
+
+const QStringList textPieces{ "a", "A", "b", "Drum", "dRUM", "loop", "%", "_", "'", " ", "!", "é", "É", "ß", "漢", "😀",
+    "\t", "?", ":id", "%1", "" };
+const QStringList termPieces{ "a", "B", "drum", "Loop", "ru", "%", "_", "__", "'", "!", "é", "É", "漢", "😀", "\t",
+    "d%m", "a_b", "_a", "%1", "?", "zz", ":id", "(" };
+
+class Chance
+{
+public:
+    explicit Chance(uint seed)
+        : m_engine(seed)
+    {
+    }
+
+    int below(int limit) { return int(m_engine() % uint(limit)); }
+    bool oneIn(int count) { return below(count) == 0; }
+    QString pick(const QStringList& list) { return list.at(below(list.size())); }
+    QString text(const QStringList& pieces, int greatestCount)
+    {
+        QString text;
+        for (int count = below(greatestCount + 1); count > 0; --count)
+            text += pick(pieces);
+        return text;
+    }
+
+private:
+    std::mt19937 m_engine;
+};
+
+using Reply = std::unique_ptr<OperationReply>;
+
+// The end of a reply as one value.
+QVariantList outcome(OperationReply& reply)
+{
+    reply.waitForFinished();
+    QVariantList records;
+    for (const MetaData& record : reply.result("items").value<MetaDataList>())
+        records.append(record.toVariantMap());
+    return { reply.errorString(), reply.result("rowsCount"), reply.result("row"), reply.result("items").toList(),
+        records };
+}
+
+QVariantMap randomView(Chance& chance)
+{
+    QVariantMap view;
+    QStringList terms;
+    for (int count = chance.below(4); count > 0; --count)
+        terms.append((chance.oneIn(3) ? "!" : "") + chance.text(termPieces, 2));
+    const QVector<QStringList> fieldLists{ { "library", "description" }, { "library", "description", "filePath" },
+        { "description" }, {} };
+    view.insert("lookup", terms.join(chance.oneIn(4) ? "  " : " "));
+    view.insert("lookupFields", fieldLists.at(std::max(0, chance.below(8) - 4)));
+    view.insert("lastScannedOnly", chance.oneIn(4));
+    view.insert("playlistOnly", chance.oneIn(4));
+    if (!chance.oneIn(10))
+        view.insert("sortField", chance.pick(sortableFieldNames()));
+    view.insert("sortOrder", chance.below(2));
+    return view;
+}
+
+MetaData randomRecord(Chance& chance, int number)
+{
+    MetaData record{ QVariantMap() };
+    record.setFilePath(QString("/%1/%2.wav").arg(chance.text(textPieces, 4)).arg(number));
+    record.setFileName(chance.text(textPieces, 2) + ".wav");
+    record.setFileType(chance.pick({ "wav", "WAV", "mp3" }));
+    record.setLibrary(chance.text(textPieces, 2));
+    record.setDescription(chance.text(textPieces, 5) + QLatin1String(""));
+    record.setDuration(1 + chance.below(3));
+    record.setRating(chance.below(4));
+    record.setSampleRate(48000);
+    record.setChannelsCount(2);
+    record.setBitsPerSample(16);
+    record.setPlaylist(chance.below(2));
+    return record;
+}
+
+} // namespace
+
+class IndexedReadsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void cleanup();
+    void answersAreThoseOfTheStatements_data();
+    void answersAreThoseOfTheStatements();
+    void answersFarFromTheStartAreThoseOfTheStatements();
+    void missingValuesAndStrangeTextsAreNoHindrance_data();
+    void missingValuesAndStrangeTextsAreNoHindrance();
+    void changesOfAnotherConnectionAreSeenAtOnce();
+    void ownChangesAreSeenAtOnce();
+    void changesThatAreRolledBackAreNotSeen();
+    void memoryIsBounded();
+    void memoryIsGivenBackForAnotherTable();
+    void tooLittleMemoryLeavesItToTheStatements();
+    void tooLittleMemoryForPathsLeavesTheOtherLookups();
+    void cheapReadsAreLeftToTheStatements();
+
+private:
+    using Body = void (*)(const QSqlDatabase&, OperationReply*, int, const QVariantMap&);
+    using IndexedBody = bool (IndexedReads::*)(const QSqlDatabase&, OperationReply*, int, const QVariantMap&);
+
+    bool isAnswered(IndexedBody body, const QVariantMap& parameters, int table = tableId);
+    void insertRows(int count, const QString& description);
+    void compare(Body body, IndexedBody indexedBody, const QVariantMap& parameters);
+    void comparePlace(qint64 id, const QVariantMap& parameters);
+    void compareView(Chance& chance, const QVariantMap& view);
+    void writeSomething(Chance& chance);
+    void writeThroughTheStore(Chance& chance, int kind);
+    void writeElsewhere(Chance& chance, int kind);
+    MetaDataList randomRecords(Chance& chance, int count);
+    QVariantList someIds(Chance& chance);
+
+    std::unique_ptr<ConnectionFixture> m_fixture;
+    std::unique_ptr<TestConnection> m_other;
+    std::unique_ptr<IndexedReads> m_reads;
+    int m_nextNumber = 0;
+    int m_answers = 0;
+};
+
+void IndexedReadsTest::init()
+{
+    m_fixture = std::make_unique<ConnectionFixture>();
+    m_other = std::make_unique<TestConnection>(m_fixture->filePath());
+    m_other->execute("PRAGMA synchronous=OFF");
+    m_reads = std::make_unique<IndexedReads>(m_fixture->connection());
+    m_nextNumber = 0;
+    m_answers = 0;
+}
+
+void IndexedReadsTest::cleanup()
+{
+    m_reads.reset();
+    m_other.reset();
+    m_fixture.reset();
+}
+
+bool IndexedReadsTest::isAnswered(IndexedBody body, const QVariantMap& parameters, int table)
+{
+    OperationReply reply;
+    return (m_reads.get()->*body)(m_fixture->connection(), &reply, table, parameters);
+}
+
+void IndexedReadsTest::insertRows(int count, const QString& description)
+{
+    const QString statement
+        = QString("INSERT INTO MetaData1 (filePath, fileName, fileType, library, description, duration, scanTimestamp) "
+                  "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i+1 FROM n WHERE i+1<%1) SELECT '/s/' || i, "
+                  "(i*7919) % %1 || '.wav', 'wav', 'Library ' || (i % 7), '%2' || i, 1 + i % 5, i % 3 FROM n");
+    QCOMPARE(m_fixture->execute(statement.arg(QString::number(count), description)), QString());
+}
+
+void IndexedReadsTest::compare(Body body, IndexedBody indexedBody, const QVariantMap& parameters)
+{
+    OperationReply expected;
+    body(m_fixture->connection(), &expected, tableId, parameters);
+    OperationReply actual;
+    if (!(m_reads.get()->*indexedBody)(m_fixture->connection(), &actual, tableId, parameters))
+        return;
+    ++m_answers;
+    QVERIFY2(outcome(actual) == outcome(expected), qPrintable(composeSelect(tableId, "*", parameters)));
+}
+
+void IndexedReadsTest::comparePlace(qint64 id, const QVariantMap& parameters)
+{
+    OperationReply expected;
+    runLookupMetaDataRow(m_fixture->connection(), &expected, tableId, id, parameters);
+    OperationReply actual;
+    if (!m_reads->lookupMetaDataRow(m_fixture->connection(), &actual, tableId, id, parameters))
+        return;
+    ++m_answers;
+    QVERIFY2(outcome(actual) == outcome(expected), qPrintable(composeSelect(tableId, "*", parameters)));
+}
+
+// The count, a page of ids, a page of records, and the places of a few records.
+void IndexedReadsTest::compareView(Chance& chance, const QVariantMap& view)
+{
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, view);
+    QVariantMap page = view;
+    page.insert("limit", 1 + chance.below(300));
+    page.insert("offset", chance.oneIn(2) ? 0 : chance.below(40));
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    page.insert("singleField", chance.pick({ "id", "filePath", "duration", "artist" }));
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    const QVariantList ids = m_fixture->column("SELECT id FROM MetaData1");
+    for (int i = 0; i < 3 && !ids.isEmpty(); ++i)
+        comparePlace(ids.at(chance.below(ids.size())).toLongLong(), view);
+}
+
+QVariantList IndexedReadsTest::someIds(Chance& chance)
+{
+    const QVariantList all = m_fixture->column("SELECT id FROM MetaData1");
+    QVariantList ids;
+    for (int count = 1 + chance.below(3); count > 0 && !all.isEmpty(); --count)
+        ids.append(all.at(chance.below(all.size())));
+    return ids;
+}
+
+MetaDataList IndexedReadsTest::randomRecords(Chance& chance, int count)
+{
+    MetaDataList records;
+    for (; count > 0; --count)
+        records.append(randomRecord(chance, m_nextNumber++));
+    return records;
+}
+
+void IndexedReadsTest::writeThroughTheStore(Chance& chance, int kind)
+{
+    const QSqlDatabase connection = m_fixture->connection();
+    OperationReply reply;
+    if (kind == 0) {
+        writeMetaData(connection, tableId, randomRecords(chance, 1 + chance.below(5)), chance.below(3), false);
+    } else if (kind == 1) {
+        MetaDataList records = randomRecords(chance, 1);
+        records.first().setId(someIds(chance).value(0).toLongLong());
+        writeMetaData(connection, tableId, records, 0, false);
+    } else if (kind == 2) {
+        runSetMetaDataPlaylist(connection, &reply, tableId, someIds(chance), chance.below(2));
+    } else if (kind == 3) {
+        runDeleteMetaData(connection, &reply, tableId, someIds(chance));
+    } else if (kind == 4 && chance.oneIn(8)) {
+        runClearTable(connection, &reply, tableId);
+    } else if (kind == 5 && chance.oneIn(4)) {
+        runRebuild(connection, &reply);
+    } else {
+        const QString update = "UPDATE MetaData1 SET rating=rating+1, library=library || '%1' WHERE id=%2";
+        const QString id = someIds(chance).value(0).toString();
+        m_fixture->execute("UPDATE MetaData1 SET rating=" + QString::number(chance.below(4)) + " WHERE id=" + id);
+        m_fixture->execute("BEGIN");
+        m_fixture->execute(update.arg(chance.oneIn(2) ? "x" : "", id));
+        m_fixture->execute(chance.oneIn(2) ? "ROLLBACK" : "COMMIT");
+    }
+}
+
+void IndexedReadsTest::writeElsewhere(Chance& chance, int kind)
+{
+    if (kind == 0) {
+        writeMetaData(m_other->connection(), tableId, randomRecords(chance, 30), chance.below(3), false);
+    } else if (kind == 1) {
+        // An id that the store would not give.
+        const QString id = QString::number(1000 + 100 * chance.below(50));
+        m_other->execute("UPDATE MetaData1 SET id=" + id + " WHERE id=" + someIds(chance).value(0).toString());
+    } else {
+        m_other->execute(QString("UPDATE MetaData1 SET description=description || '%1', scanTimestamp=%2 WHERE id%7=0")
+                             .arg(chance.pick({ "a", "b", "loop" }), QString::number(chance.below(4))));
+    }
+}
+
+void IndexedReadsTest::writeSomething(Chance& chance)
+{
+    const int kind = chance.below(10);
+    if (kind < 7)
+        writeThroughTheStore(chance, kind);
+    else
+        writeElsewhere(chance, kind - 7);
+}
+
+void IndexedReadsTest::answersAreThoseOfTheStatements_data()
+{
+    QTest::addColumn<uint>("seed");
+    for (uint seed = 1; seed <= 25; ++seed)
+        QTest::addRow("seed %u", seed) << seed;
+}
+
+void IndexedReadsTest::answersAreThoseOfTheStatements()
+{
+    QFETCH(uint, seed);
+    Chance chance(seed);
+    writeMetaData(m_fixture->connection(), tableId, randomRecords(chance, chance.below(120)), 1, false);
+    for (int step = 0; step < 60; ++step) {
+        const QVariantMap view = randomView(chance);
+        compareView(chance, view);
+        if (QTest::currentTestFailed())
+            return;
+        writeSomething(chance);
+        // The same view again: it must not be that of before.
+        compareView(chance, view);
+        if (QTest::currentTestFailed())
+            return;
+    }
+    QVERIFY2(m_answers > 200, qPrintable(QString::number(m_answers)));
+}
+
+void IndexedReadsTest::answersFarFromTheStartAreThoseOfTheStatements()
+{
+    insertRows(5000, "Sound ");
+    for (const QString& field : sortableFieldNames()) {
+        for (const int sortOrder : { 0, 1 }) {
+            for (const int offset : { 1001, 2500, 4990, 5000, 6000 }) {
+                compare(runPullMetaData, &IndexedReads::pullMetaData,
+                    { { "sortField", field }, { "sortOrder", sortOrder }, { "limit", 50 }, { "offset", offset },
+                        { "lastScannedOnly", offset == 1001 } });
+            }
+            comparePlace(2500, { { "sortField", field }, { "sortOrder", sortOrder } });
+        }
+    }
+    QCOMPARE(m_answers, 7 * 2 * 6);
+}
+
+void IndexedReadsTest::missingValuesAndStrangeTextsAreNoHindrance_data()
+{
+    QTest::addColumn<QString>("assignment");
+    QTest::newRow("no rating") << "rating=NULL";
+    QTest::newRow("no duration") << "duration=NULL";
+    QTest::newRow("a rating that is no number") << "rating='many'";
+    QTest::newRow("a text that is not UTF-8") << "description=CAST(x'61ff62c3' AS TEXT)";
+    QTest::newRow("an overlong character") << "description=CAST(x'61e0839f62' AS TEXT)";
+    QTest::newRow("a text of bytes") << "description=CAST('sound' AS BLOB), library=x'00'";
+    QTest::newRow("a text with a NUL") << "description='so' || char(0) || 'und', library='ab' || char(0)";
+    QTest::newRow("a path with a NUL") << "filePath='/' || id || char(0) || 'x'";
+}
+
+void IndexedReadsTest::missingValuesAndStrangeTextsAreNoHindrance()
+{
+    QFETCH(QString, assignment);
+    insertRows(40, "Sound ");
+    QCOMPARE(m_other->execute("UPDATE MetaData1 SET " + assignment + " WHERE id%5=2"), QString());
+    Chance chance(1);
+    for (int round = 0; round < 150; ++round) {
+        QVariantMap view = randomView(chance);
+        if (chance.oneIn(2))
+            view.insert("lookup", chance.pick({ "und", "!sound", "a", "ab", "ß", "_", "so_", "\u00df" }));
+        compareView(chance, view);
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void IndexedReadsTest::changesOfAnotherConnectionAreSeenAtOnce()
+{
+    insertRows(20, "Sound ");
+    const QVariantMap view{ { "lookup", "new" }, { "lookupFields", QStringList{ "description" } } };
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, view);
+    QCOMPARE(m_other->execute("UPDATE MetaData1 SET description='New' WHERE id=3"), QString());
+
+    OperationReply reply;
+    QVERIFY(m_reads->getRowsCount(m_fixture->connection(), &reply, tableId, view));
+    QCOMPARE(reply.result("rowsCount").toInt(), 1);
+}
+
+void IndexedReadsTest::ownChangesAreSeenAtOnce()
+{
+    insertRows(20, "Sound ");
+    const QVariantMap page{ { "lookup", "sound" }, { "lookupFields", QStringList{ "description" } },
+        { "sortField", "rating" }, { "sortOrder", 1 }, { "limit", 50 }, { "singleField", "id" } };
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET rating=50 WHERE id=7"), QString());
+    QCOMPARE(m_fixture->execute("DELETE FROM MetaData1 WHERE id=9"), QString());
+
+    OperationReply reply;
+    QVERIFY(m_reads->pullMetaData(m_fixture->connection(), &reply, tableId, page));
+    QCOMPARE(reply.result("items").toList().size(), 19);
+    QCOMPARE(reply.result("items").toList().first().toInt(), 7);
+}
+
+void IndexedReadsTest::changesThatAreRolledBackAreNotSeen()
+{
+    insertRows(20, "Sound ");
+    const QVariantMap view{ { "lookup", "new" }, { "lookupFields", QStringList{ "description" } } };
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, view);
+    m_fixture->execute("BEGIN");
+    m_fixture->execute("UPDATE MetaData1 SET description='New'");
+    m_fixture->execute("ROLLBACK");
+
+    OperationReply reply;
+    QVERIFY(m_reads->getRowsCount(m_fixture->connection(), &reply, tableId, view));
+    QCOMPARE(reply.result("rowsCount").toInt(), 0);
+}
+
+void IndexedReadsTest::memoryIsBounded()
+{
+    constexpr int rows = 100000;
+    constexpr size_t besides = 1 << 20;
+    insertRows(rows, "A description of common length, number ");
+    const QVariantMap page{ { "lookup", "common" }, { "lookupFields", QStringList{ "library", "description" } },
+        { "sortField", "fileName" }, { "limit", 50 }, { "offset", 90000 } };
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, page);
+
+    QCOMPARE(m_answers, 2);
+    QVERIFY(m_reads->bytes() > 50 * rows);
+    QVERIFY(m_reads->bytes() <= 120 * rows + besides);
+}
+
+void IndexedReadsTest::memoryIsGivenBackForAnotherTable()
+{
+    insertRows(1000, "Sound ");
+    const QVariantMap view{ { "lookup", "sound" }, { "lookupFields", QStringList{ "description" } } };
+    QVERIFY(isAnswered(&IndexedReads::getRowsCount, view));
+    const size_t before = m_reads->bytes();
+
+    isAnswered(&IndexedReads::getRowsCount, {}, otherTableId);
+
+    QVERIFY(before > 10000);
+    QCOMPARE(m_reads->bytes(), size_t(0));
+}
+
+void IndexedReadsTest::tooLittleMemoryLeavesItToTheStatements()
+{
+    insertRows(10000, "A description ");
+    RowIndex::Limits limits;
+    limits.perRow = 20;
+    limits.besides = 1000;
+    m_reads = nullptr;
+    m_reads = std::make_unique<IndexedReads>(m_fixture->connection(), limits);
+    const QVariantMap view{ { "lookup", "description" }, { "lookupFields", QStringList{ "description" } } };
+
+    QVERIFY(!isAnswered(&IndexedReads::getRowsCount, view));
+    QCOMPARE(m_reads->bytes(), size_t(0));
+    // Nor does a change of one row make it try again.
+    m_fixture->execute("UPDATE MetaData1 SET rating=50 WHERE id=7");
+    QVERIFY(!isAnswered(&IndexedReads::getRowsCount, view));
+}
+
+void IndexedReadsTest::tooLittleMemoryForPathsLeavesTheOtherLookups()
+{
+    insertRows(10000, "A description ");
+    RowIndex::Limits limits;
+    limits.perPath = 2;
+    limits.besides = 1000;
+    m_reads = nullptr;
+    m_reads = std::make_unique<IndexedReads>(m_fixture->connection(), limits);
+    const QStringList fields{ "library", "description" };
+    QVERIFY(isAnswered(&IndexedReads::getRowsCount, { { "lookup", "a" }, { "lookupFields", fields } }));
+
+    const QStringList withPaths{ "library", "description", "filePath" };
+    QVERIFY(!isAnswered(&IndexedReads::getRowsCount, { { "lookup", "a" }, { "lookupFields", withPaths } }));
+    QVERIFY(isAnswered(&IndexedReads::getRowsCount, { { "lookup", "b" }, { "lookupFields", fields } }));
+}
+
+void IndexedReadsTest::cheapReadsAreLeftToTheStatements()
+{
+    insertRows(2000, "Sound ");
+    const QVariantMap sorted{ { "sortField", "fileName" }, { "limit", 50 } };
+
+    QVERIFY(!isAnswered(&IndexedReads::getRowsCount, sorted));
+    QVERIFY(!isAnswered(&IndexedReads::pullMetaData, sorted));
+    QCOMPARE(m_reads->bytes(), size_t(0));
+}
+
+QTEST_GUILESS_MAIN(IndexedReadsTest)
+
+#include "tst_indexedreads.moc"
