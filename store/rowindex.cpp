@@ -171,12 +171,13 @@ bool RowIndex::readTexts(const QStringList& fields)
 bool RowIndex::readRows(SqliteCursor& cursor, const QStringList& fields)
 {
     const bool isFirstPass = m_ids.empty();
+    const std::vector<FoldedText*> columns = textsOf(fields);
     size_t row = 0;
     for (; cursor.next(); ++row) {
         const qint64 id = cursor.integer(0);
         if (isFirstPass && isHoldable(id))
             m_ids.push_back(quint32(id));
-        if (row >= m_ids.size() || m_ids[row] != id || !appendTexts(cursor, fields))
+        if (row >= m_ids.size() || m_ids[row] != id || !appendTexts(cursor, columns))
             return false;
         if (row % rowsBetweenChecks == 0 && !isWithinLimits())
             return false;
@@ -184,13 +185,22 @@ bool RowIndex::readRows(SqliteCursor& cursor, const QStringList& fields)
     return !cursor.hasFailed() && row == m_ids.size();
 }
 
-bool RowIndex::appendTexts(const SqliteCursor& cursor, const QStringList& fields)
+std::vector<FoldedText*> RowIndex::textsOf(const QStringList& fields)
+{
+    std::vector<FoldedText*> texts;
+    for (const QString& field : fields)
+        texts.push_back(&m_texts[field]);
+    return texts;
+}
+
+// The texts of one more row, which stand from the second column on.
+bool RowIndex::appendTexts(const SqliteCursor& cursor, const std::vector<FoldedText*>& texts)
 {
     int column = 0;
-    return std::all_of(fields.begin(), fields.end(), [&](const QString& field) {
+    return std::all_of(texts.begin(), texts.end(), [&](FoldedText* text) {
         ++column;
         // What is no text is compared by rules of its own.
-        return cursor.isText(column) && m_texts[field].append(cursor.text(column));
+        return cursor.isText(column) && text->append(cursor.text(column));
     });
 }
 

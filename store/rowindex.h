@@ -63,7 +63,8 @@ private:
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
     bool readRows(SqliteCursor& cursor, const QStringList& fields);
-    bool appendTexts(const SqliteCursor& cursor, const QStringList& fields);
+    std::vector<FoldedText*> textsOf(const QStringList& fields);
+    static bool appendTexts(const SqliteCursor& cursor, const std::vector<FoldedText*>& texts);
     bool readOrder(const QString& sortField);
     bool numberOrder();
     bool takeIds(std::vector<quint32> ids);

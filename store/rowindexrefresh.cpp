@@ -70,7 +70,7 @@ bool RowIndex::isSearchedAsBefore(const SqliteCursor& cursor, const QStringList&
 
 bool RowIndex::appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id)
 {
-    if (id < 0 || id >= std::numeric_limits<quint32>::max() || !appendTexts(cursor, fields))
+    if (id < 0 || id >= std::numeric_limits<quint32>::max() || !appendTexts(cursor, textsOf(fields)))
         return false;
     m_ids.push_back(quint32(id));
     m_rows.append();

@@ -281,7 +281,7 @@ void IndexedReadsTest::writeSomething(Chance& chance)
 void IndexedReadsTest::answersAreThoseOfTheStatements_data()
 {
     QTest::addColumn<uint>("seed");
-    for (uint seed = 1; seed <= 25; ++seed)
+    for (uint seed = 1; seed <= 15; ++seed)
         QTest::addRow("seed %u", seed) << seed;
 }
 
