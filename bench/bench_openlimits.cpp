@@ -51,7 +51,7 @@ std::unique_ptr<AudioDecoder> opened(const QString& path)
 
 QString makeFile(const QTemporaryDir& folder, const Format& format, double seconds)
 {
-    const QString path = folder.filePath(QString::number(seconds) + QLatin1String(format.fileName));
+    QString path = folder.filePath(QString::number(seconds) + QLatin1String(format.fileName));
     SoundMaker::makeNoise(path, seconds, QString::fromLatin1(format.arguments).split(QLatin1Char(' ')));
     return path;
 }

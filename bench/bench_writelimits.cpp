@@ -33,6 +33,7 @@ std::atomic<int> syncsCount = 0;
 } // namespace
 
 // They stand before those of the C library for SQLite as well.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fdatasync(int descriptor)
 {
     ++syncsCount;
