@@ -2,6 +2,8 @@
 #include "audio/ffmpeg.h"
 
 #include <QHash>
+#include <QMutex>
+#include <QMutexLocker>
 
 #include <array>
 #include <mutex>
@@ -80,6 +82,19 @@ const AVInputFormat* inputFormatForSuffix(const QString& suffix)
 {
     const InputFormats& formats = inputFormats();
     return formats.value(suffix.toLower(), nullptr);
+}
+
+const AVCodec* decoderForCodec(int codec)
+{
+    static QMutex mutex;
+    static QHash<int, const AVCodec*> decoders;
+    const QMutexLocker locker(&mutex);
+    const auto known = decoders.constFind(codec);
+    if (known != decoders.constEnd())
+        return known.value();
+    const AVCodec* decoder = avcodec_find_decoder(AVCodecID(codec));
+    decoders.insert(codec, decoder);
+    return decoder;
 }
 
 QString ffmpegErrorText(int errorCode)

@@ -5,6 +5,7 @@
 
 #include <memory>
 
+struct AVCodec;
 struct AVCodecContext;
 struct AVFormatContext;
 struct AVFrame;
@@ -52,6 +53,9 @@ void initialiseFfmpeg();
 /// The format that files of this suffix are read with, whatever they hold; null lets FFmpeg detect the format.
 /// The case of the suffix does not matter. Call `initialiseFfmpeg()` before.
 const AVInputFormat* inputFormatForSuffix(const QString& suffix);
+
+/// The decoder for one of FFmpeg's codec numbers, or null. FFmpeg itself goes through its whole list at each question.
+const AVCodec* decoderForCodec(int codec);
 
 /// FFmpeg's own text for one of its error codes.
 QString ffmpegErrorText(int errorCode);

@@ -193,7 +193,7 @@ bool MediaInput::isKnownFromHeader() const
 bool MediaInput::openDecoder()
 {
     const AVCodecParameters* parameters = stream()->codecpar;
-    const AVCodec* decoder = avcodec_find_decoder(parameters->codec_id);
+    const AVCodec* decoder = decoderForCodec(parameters->codec_id);
     if (!decoder)
         return fail(Failure::FindDecoder);
     CodecContextPointer codec(avcodec_alloc_context3(decoder));

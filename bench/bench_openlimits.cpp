@@ -27,10 +27,11 @@ struct Format
 };
 
 const std::vector<Format> formats{
-    { "wav, 24 bit, 48 kHz", "a.wav", "-ar 48000 -ac 2 -c:a pcm_s24le" },
-    { "wav, 16 bit, 44.1 kHz", "b.wav", "-ar 44100 -ac 2 -c:a pcm_s16le" },
-    { "wav, float, 192 kHz", "c.wav", "-ar 192000 -ac 2 -c:a pcm_f32le" },
-    { "aiff, 24 bit, 48 kHz", "d.aif", "-ar 48000 -ac 2 -c:a pcm_s24be" },
+    // The rest of opening is the resampler's, whose filter depends on the rate: one rate for all.
+    { "wav, 24 bit", "a.wav", "-ar 44100 -ac 2 -c:a pcm_s24le" },
+    { "wav, 16 bit", "b.wav", "-ar 44100 -ac 2 -c:a pcm_s16le" },
+    { "wav, float", "c.wav", "-ar 44100 -ac 2 -c:a pcm_f32le" },
+    { "aiff, 24 bit", "d.aif", "-ar 44100 -ac 2 -c:a pcm_s24be" },
     { "mp3, 320 kbit/s", "e.mp3", "-ar 44100 -ac 2 -b:a 320k" },
     { "mp3, variable rate", "f.mp3", "-ar 44100 -ac 2 -q:a 2" },
     { "mp3, variable rate without its table", "g.mp3", "-ar 44100 -ac 2 -q:a 2 -write_xing 0" },
@@ -50,9 +51,18 @@ std::unique_ptr<AudioDecoder> opened(const QString& path)
 
 QString makeFile(const QTemporaryDir& folder, const Format& format, double seconds)
 {
-    const QString path = folder.filePath(QString::number(seconds) + QLatin1String(format.fileName));
+    QString path = folder.filePath(QString::number(seconds) + QLatin1String(format.fileName));
     SoundMaker::makeNoise(path, seconds, QString::fromLatin1(format.arguments).split(QLatin1Char(' ')));
     return path;
+}
+
+double openingTime(const QString& path)
+{
+    constexpr int openings = 20;
+    return BenchRatio::processorTime(rounds, [&]() {
+        for (int opening = 0; opening < openings; ++opening)
+            opened(path);
+    }) / openings;
 }
 
 // Each time in a file that was just opened: nothing of it is known yet.
@@ -80,7 +90,7 @@ int main(int argumentsCount, char** arguments)
     double baseline = 0;
     for (const Format& format : formats) {
         const QString path = makeFile(folder, format, shortSeconds);
-        const double time = BenchRatio::processorTime(rounds, [&]() { opened(path); });
+        const double time = openingTime(path);
         baseline = baseline > 0 ? baseline : time;
         BenchRatio::print(QStringLiteral("opening: %1").arg(format.name), "us", time, baseline, 2);
     }

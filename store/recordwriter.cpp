@@ -33,6 +33,7 @@ const QString findStatement = QStringLiteral("SELECT id FROM %1 WHERE filePath=:
 
 const QString idPlace = QStringLiteral(":id");
 const QString filePathPlace = QStringLiteral(":filePath");
+const QString searchedPathPlace = QStringLiteral(":searchedPath");
 const QString libraryPlace = QStringLiteral(":library");
 const QString scanTimestampPlace = QStringLiteral(":scanTimestamp");
 
@@ -75,7 +76,8 @@ QString eachField(const QString& pattern, const QString& separator)
 // compared as they are stored, so that a change of case or of null into empty is a change.
 const QString& touchUnchangedStatement()
 {
-    static const QString statement = QStringLiteral("UPDATE %1 SET scanTimestamp=:scanTimestamp WHERE id=:id AND ")
+    static const QString statement
+        = QStringLiteral("UPDATE %1 SET scanTimestamp=:scanTimestamp WHERE filePath=:searchedPath AND ")
         + eachField(QStringLiteral("%1 IS :%1 COLLATE BINARY"), QStringLiteral(" AND "));
     return statement;
 }
@@ -146,12 +148,27 @@ MetaData RecordWriter::write(const MetaData& item)
         return item;
     if (m_isTransactionLost)
         return failed(item);
-    const bool searches = item.id() < 1 && m_lookupByFilePath;
-    const qint64 id = searches ? findByFilePath(item.filePath()) : item.id();
-    if (id < 1)
-        return insert(item) ? MetaData() : failed(item);
-    const bool isWritten = searches ? rescan(item, id) : update(item, id);
+    if (item.id() < 1 && m_lookupByFilePath)
+        return writeByFilePath(item) ? MetaData() : failed(item);
+    const bool isWritten = item.id() < 1 ? insert(item) : update(item, item.id());
     return isWritten ? MetaData() : failed(item);
+}
+
+// A scan finds nearly all files known and unchanged, or none: the last file tells what to try first.
+bool RecordWriter::writeByFilePath(const MetaData& item)
+{
+    if (m_wasLastKnown && touchIfUnchanged(item))
+        return true;
+    if (m_isTransactionLost)
+        return false;
+    const qint64 id = findByFilePath(item.filePath());
+    const bool wasTouchTried = m_wasLastKnown;
+    m_wasLastKnown = id >= 1;
+    if (id < 1)
+        return insert(item);
+    if (!wasTouchTried && touchIfUnchanged(item))
+        return true;
+    return !m_isTransactionLost && rescan(item, id);
 }
 
 MetaData RecordWriter::failed(const MetaData& item) const
@@ -194,35 +211,31 @@ bool RecordWriter::update(const MetaData& item, qint64 id)
     return execute(m_update);
 }
 
-bool RecordWriter::rescan(const MetaData& item, qint64 id)
+bool RecordWriter::touchIfUnchanged(const MetaData& item)
 {
     prepare(m_touchUnchanged, touchUnchangedStatement());
-    if (executeRescan(m_touchUnchanged, item, id)) {
-        if (m_touchUnchanged.numRowsAffected() > 0)
-            return true;
-    } else if (m_isTransactionLost) {
-        return false;
-    }
-    prepare(m_rescan, rescanStatement());
-    return executeRescan(m_rescan, item, id);
+    bindFields(m_touchUnchanged, item);
+    m_touchUnchanged.bindValue(searchedPathPlace, item.filePath());
+    m_touchUnchanged.bindValue(scanTimestampPlace, m_scanTimestamp);
+    return execute(m_touchUnchanged) && m_touchUnchanged.numRowsAffected() > 0;
 }
 
-bool RecordWriter::executeRescan(QSqlQuery& query, const MetaData& item, qint64 id)
+bool RecordWriter::rescan(const MetaData& item, qint64 id)
 {
-    bindFields(query, item);
-    query.bindValue(scanTimestampPlace, m_scanTimestamp);
-    query.bindValue(idPlace, id);
-    return execute(query);
+    prepare(m_rescan, rescanStatement());
+    bindFields(m_rescan, item);
+    m_rescan.bindValue(scanTimestampPlace, m_scanTimestamp);
+    m_rescan.bindValue(idPlace, id);
+    return execute(m_rescan);
 }
 
 MetaData RecordWriter::writeFields(const MetaData& item, const QStringList& fields)
 {
     if (m_isTransactionLost)
         return failed(item);
-    const QString key = fields.join(QLatin1Char(','));
-    auto query = m_fieldUpdates.find(key);
+    auto query = m_fieldUpdates.find(fields);
     if (query == m_fieldUpdates.end()) {
-        query = m_fieldUpdates.insert(key, QSqlQuery(m_connection));
+        query = m_fieldUpdates.insert(fields, QSqlQuery(m_connection));
         prepare(*query, fieldsUpdateStatement(fields));
     }
     for (const BoundField& bound : boundFields()) {

@@ -36,21 +36,23 @@ private:
     qint64 findByFilePath(const QString& filePath);
     bool insert(const MetaData& item);
     bool update(const MetaData& item, qint64 id);
+    bool writeByFilePath(const MetaData& item);
+    bool touchIfUnchanged(const MetaData& item);
     bool rescan(const MetaData& item, qint64 id);
-    bool executeRescan(QSqlQuery& query, const MetaData& item, qint64 id);
     bool execute(QSqlQuery& query);
 
     QSqlDatabase m_connection;
     QString m_tableName;
     bool m_wasInTransaction;
     bool m_isTransactionLost = false;
+    bool m_wasLastKnown = false;
     QSqlQuery m_update;
     QSqlQuery m_insert;
     QSqlQuery m_find;
     QSqlQuery m_touchUnchanged;
     QSqlQuery m_rescan;
     // By the names of the fields that each writes.
-    QHash<QString, QSqlQuery> m_fieldUpdates;
+    QHash<QStringList, QSqlQuery> m_fieldUpdates;
     qint64 m_scanTimestamp;
     bool m_lookupByFilePath;
     QString m_errorText;

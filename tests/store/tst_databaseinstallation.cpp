@@ -22,18 +22,21 @@ std::atomic<int> removalsUntilDeath = -1;
 } // namespace
 
 // These stand before those of the C library for everything that is loaded into this program, SQLite too.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fdatasync(int descriptor)
 {
     ++syncsCount;
     return int(::syscall(SYS_fdatasync, descriptor));
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fsync(int descriptor)
 {
     ++syncsCount;
     return int(::syscall(SYS_fsync, descriptor));
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int unlink(const char* path) noexcept
 {
     if (removalsUntilDeath > 0 && --removalsUntilDeath == 0)
