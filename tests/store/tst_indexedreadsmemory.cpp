@@ -25,12 +25,22 @@ void* operator new(size_t size)
     return memory;
 }
 
+void* operator new(size_t size, const std::nothrow_t& /*tag*/) noexcept
+{
+    return size > greatestAllocation ? nullptr : std::malloc(size);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
 
 void operator delete(void* memory, size_t /*size*/) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept
 {
     std::free(memory);
 }
