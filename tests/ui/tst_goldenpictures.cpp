@@ -150,6 +150,11 @@ void GoldenPicturesTest::initTestCase()
 {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     useFixedFont();
+    // As little as possible of what a machine's own font settings change.
+    QFont font = QApplication::font();
+    font.setHintingPreference(QFont::PreferNoHinting);
+    font.setStyleStrategy(QFont::NoSubpixelAntialias);
+    QApplication::setFont(font);
 }
 
 void GoldenPicturesTest::lookIsTheKeptOne_data()
