@@ -4,16 +4,12 @@
 
 #include "bench/benchcorpus.h"
 #include "bench/benchratio.h"
+#include "bench/benchscanner.h"
 #include "scan/metadatareader.h"
-#include "scan/storeoperations.h"
-#include "store/database.h"
-#include "store/operationreply.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
-#include <QTemporaryDir>
-#include <QThread>
 
 #include <taglib/fileref.h>
 #include <taglib/tag.h>
@@ -81,43 +77,6 @@ void probePlainly(const QByteArray& path)
     avformat_close_input(&format);
 }
 
-class Scanner
-{
-public:
-    Scanner()
-        : m_database(m_folder.filePath(QStringLiteral("bench.dat")))
-    {
-        m_database.setBulkOperations(scanBulkOperations());
-        m_database.moveToThread(&m_thread);
-        m_thread.start();
-        if (!m_database.open())
-            qFatal("Cannot open the store: %s", qPrintable(m_database.lastError()));
-    }
-    ~Scanner()
-    {
-        m_database.close();
-        m_thread.quit();
-        m_thread.wait();
-    }
-    Q_DISABLE_COPY(Scanner)
-
-    void clear() { await(m_database.clearTable(tableId)); }
-    void scan() { await(m_database.scan(tableId, { BenchCorpus::folder() }, {})); }
-
-private:
-    static void await(OperationReply* reply)
-    {
-        const std::unique_ptr<OperationReply> owned(reply);
-        reply->waitForFinished();
-        if (reply->hasError())
-            qFatal("Operation failed: %s", qPrintable(reply->errorString()));
-    }
-
-    QTemporaryDir m_folder;
-    QThread m_thread;
-    Database m_database;
-};
-
 double timePerFile(const std::function<void(const QString&)>& read)
 {
     const QStringList& files = BenchCorpus::files();
@@ -143,7 +102,7 @@ void compareReaders()
 
 void compareScans()
 {
-    Scanner scanner;
+    BenchScanner scanner;
     scanner.scan();
     const double read = timePerFile([](const QString& file) { readMetaData(file); });
     const int files = BenchCorpus::files().size();

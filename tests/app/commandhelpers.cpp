@@ -5,7 +5,10 @@
 #include "tests/support/testsupport.h"
 #include "ui/operationdialog.h"
 
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QItemSelectionModel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QtTest>
 
@@ -72,6 +75,22 @@ void addRecords(const WindowFixture& fixture, int count)
                        "INSERT INTO MetaData1 (filePath, fileName, fileType, description) "
                        "SELECT '/zz/' || n || '.wav', n || '.wav', 'wav', '' FROM numbers")
             .arg(count));
+}
+
+void accept(const QDialog& dialog)
+{
+    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+}
+
+void choosePath(WindowFixture& fixture, const QString& path, QString* title)
+{
+    whenModal<QFileDialog>(&fixture.window(), [path, title](QFileDialog& chooser) {
+        if (title)
+            *title = chooser.windowTitle();
+        auto* edit = chooser.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
+        edit->setText(path);
+        QTest::keyClick(edit, Qt::Key_Return);
+    });
 }
 
 void answer(WindowFixture& fixture, QMessageBox::Icon icon, QMessageBox::StandardButton button, Message* message)

@@ -41,6 +41,11 @@ struct Message
 void answer(
     WindowFixture& fixture, QMessageBox::Icon icon, QMessageBox::StandardButton button, Message* message = nullptr);
 
+/// Presses OK of a dialog.
+void accept(const QDialog& dialog);
+/// Chooses a path in the next file chooser, and notes the chooser's title.
+void choosePath(WindowFixture& fixture, const QString& path, QString* title = nullptr);
+
 /// Notes the titles of the progress dialogs that appear while it lives, however short.
 class DialogTitles : public QObject
 {

@@ -14,16 +14,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using TestSupport::contents;
+
 namespace {
 
 const QString fileName = QStringLiteral("VellumcastDB.dat");
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
 
 // An empty catalogue, as a session leaves it. The store takes seconds to make one where the disk is slow.
 QString emptyCatalogue()

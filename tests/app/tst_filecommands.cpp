@@ -10,7 +10,6 @@
 #include "ui/settings.h"
 
 #include <QCheckBox>
-#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -27,30 +26,9 @@
 
 using namespace CommandHelpers;
 
+using TestSupport::contents;
+
 namespace {
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void accept(const QDialog& dialog)
-{
-    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
-}
-
-// Chooses a path in the next file chooser and notes its title.
-void choose(WindowFixture& fixture, const QString& path, QString* title = nullptr)
-{
-    whenModal<QFileDialog>(&fixture.window(), [path, title](QFileDialog& chooser) {
-        if (title)
-            *title = chooser.windowTitle();
-        auto* edit = chooser.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-        edit->setText(path);
-        QTest::keyClick(edit, Qt::Key_Return);
-    });
-}
 
 void chooseWorkFolderInSettings(const QString& folder)
 {
@@ -299,7 +277,7 @@ void FileCommandsTest::backupIsTheDatabase()
     const QString backup = file(QStringLiteral("backup.dat"));
     TestSupport::writeFile(backup, "an older backup");
     QString title;
-    choose(*m_fixture, backup, &title);
+    choosePath(*m_fixture, backup, &title);
     // The chooser asks before a file is replaced.
     answer(*m_fixture, QMessageBox::Warning, QMessageBox::Yes);
     Message outcome;
@@ -322,7 +300,7 @@ void FileCommandsTest::backupIsTheDatabase()
 void FileCommandsTest::backupOntoTheDatabaseIsRefused()
 {
     start();
-    choose(*m_fixture, m_fixture->databaseFile());
+    choosePath(*m_fixture, m_fixture->databaseFile());
     answer(*m_fixture, QMessageBox::Warning, QMessageBox::Yes);
     QString text;
     finish(*m_fixture, &text);
@@ -355,7 +333,7 @@ void FileCommandsTest::restoreBringsTheBackupBack()
     start();
     QCOMPARE(m_fixture->counters(), QStringLiteral("Found Records: %1").arg(rowsOfTable3));
     QString title;
-    choose(*m_fixture, backup, &title);
+    choosePath(*m_fixture, backup, &title);
     Message outcome;
     answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok, &outcome);
 
@@ -374,7 +352,7 @@ void FileCommandsTest::restoreOfAStrangeFileKeepsTheDatabase()
     start();
     const QString strange = file(QStringLiteral("strange.dat"));
     TestSupport::writeFile(strange, "this is no database");
-    choose(*m_fixture, strange);
+    choosePath(*m_fixture, strange);
     Message failure;
     answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
 

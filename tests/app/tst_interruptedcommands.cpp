@@ -9,10 +9,8 @@
 #include "ui/searchandreplacedialog.h"
 #include "ui/settings.h"
 
-#include <QDialogButtonBox>
 #include <QDir>
 #include <QFile>
-#include <QFileDialog>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -22,6 +20,8 @@
 #include <algorithm>
 
 using namespace CommandHelpers;
+
+using TestSupport::contents;
 
 namespace {
 
@@ -57,26 +57,6 @@ QString replaced(const QString& record)
 QString path(WindowFixture& fixture, const char* name)
 {
     return fixture.folder().filePath(QLatin1String(name));
-}
-
-QByteArray contents(const QString& filePath)
-{
-    QFile file(filePath);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void accept(const QDialog& dialog)
-{
-    dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
-}
-
-void choose(WindowFixture& fixture, const QString& file)
-{
-    whenModal<QFileDialog>(&fixture.window(), [file](QFileDialog& chooser) {
-        auto* edit = chooser.findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
-        edit->setText(file);
-        QTest::keyClick(edit, Qt::Key_Return);
-    });
 }
 
 void answerYes(WindowFixture& fixture)
@@ -115,12 +95,12 @@ void chooseExportFile(WindowFixture& fixture)
 
 void chooseBackupFile(WindowFixture& fixture)
 {
-    choose(fixture, path(fixture, "new.dat"));
+    choosePath(fixture, path(fixture, "new.dat"));
 }
 
 void chooseBackup(WindowFixture& fixture)
 {
-    choose(fixture, path(fixture, "backup.dat"));
+    choosePath(fixture, path(fixture, "backup.dat"));
 }
 
 QStringList recordTexts(const QString& databaseFile)
@@ -174,6 +154,7 @@ private slots:
 private:
     void addCommands();
     void makeFiles();
+    void startPrepared();
     void quitDuring(const QString& action);
     void checkFiles();
 
@@ -205,6 +186,16 @@ void InterruptedCommandsTest::makeFiles()
     }
 }
 
+void InterruptedCommandsTest::startPrepared()
+{
+    QFETCH(Prepare, prepare);
+    m_fixture->start();
+    QTRY_VERIFY(isIdle(*m_fixture));
+    prepare(*m_fixture);
+    // The command may end before it is interrupted, and say so.
+    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok);
+}
+
 void InterruptedCommandsTest::addCommands()
 {
     QTest::addColumn<QString>("action");
@@ -233,14 +224,9 @@ void InterruptedCommandsTest::cancelLeavesEveryRecordAndFileWhole_data()
 void InterruptedCommandsTest::cancelLeavesEveryRecordAndFileWhole()
 {
     QFETCH(QString, action);
-    QFETCH(Prepare, prepare);
     QFETCH(Change, change);
     const QStringList before = recordTexts(m_fixture->databaseFile());
-    m_fixture->start();
-    QTRY_VERIFY(isIdle(*m_fixture));
-    prepare(*m_fixture);
-    // It may end before it is canceled, and say so.
-    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok);
+    startPrepared();
     whenModal<OperationDialog>(
         &m_fixture->window(), [](OperationDialog& dialog) { dialog.reject(); }, isUnderWay);
 
@@ -263,14 +249,9 @@ void InterruptedCommandsTest::quittingLeavesEveryRecordAndFileWhole_data()
 void InterruptedCommandsTest::quittingLeavesEveryRecordAndFileWhole()
 {
     QFETCH(QString, action);
-    QFETCH(Prepare, prepare);
     QFETCH(Change, change);
     const QStringList before = recordTexts(m_fixture->databaseFile());
-    m_fixture->start();
-    QTRY_VERIFY(isIdle(*m_fixture));
-    prepare(*m_fixture);
-    // It may end before that, and say so.
-    answer(*m_fixture, QMessageBox::Information, QMessageBox::Ok);
+    startPrepared();
 
     quitDuring(action);
 

@@ -19,20 +19,14 @@ using TestSupport::fillTable;
 using TestSupport::SmallDisk;
 using TestSupport::StoreFixture;
 
+using TestSupport::contents;
+
 namespace {
 
 constexpr int bigTable = 1;
 constexpr int smallTable = 2;
 constexpr int emptyTable = 3;
 constexpr int rowsOfBigTable = 25000;
-
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("Cannot read %s", qPrintable(path));
-    return file.readAll();
-}
 
 QStringList namesIn(const QString& folder)
 {

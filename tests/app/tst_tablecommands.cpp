@@ -26,13 +26,9 @@
 
 using namespace CommandHelpers;
 
-namespace {
+using TestSupport::contents;
 
-QByteArray contents(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+namespace {
 
 QPushButton& dialogButton(const OperationDialog& dialog)
 {

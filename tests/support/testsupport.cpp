@@ -37,6 +37,14 @@ void TestSupport::writeFile(const QString& path, const QByteArray& contents)
         qFatal("Cannot write %s: %s", qPrintable(path), qPrintable(file.errorString()));
 }
 
+QByteArray TestSupport::contents(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("Cannot read %s: %s", qPrintable(path), qPrintable(file.errorString()));
+    return file.readAll();
+}
+
 QVariantList TestSupport::firstColumn(const QString& databaseFilePath, const QString& statement)
 {
     const QString connectionName = QUuid::createUuid().toString();
