@@ -10,6 +10,7 @@
 #include "browse/metadatamodel.h"
 #include "ui/settings.h"
 #include "ui/warrantydisclaimerdialog.h"
+#include "ui/whitebutton.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -22,13 +23,15 @@
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int requeryDelay = 20; // milliseconds
 constexpr int stateSaveDelay = 1000; // milliseconds
 constexpr int busySpriteSize = 20; // pixels
 constexpr int busySpriteRate = 12; // frames per second
-constexpr int longestWholeCount = 100000; // a count of no more digits is never cut off
+constexpr int longestWholeCount = 1000000; // a count of no more digits is never cut off
 
 } // namespace
 
@@ -92,7 +95,41 @@ void MainWindow::buildInterface()
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
     connect(m_ui->quitAction, &QAction::triggered, this, &QWidget::close);
     connect(m_ui->filePathLookupAction, &QAction::toggled, m_ui->metaDataView, &MetaDataView::setFilePathLookupEnabled);
+    measurePanel();
     setPreparedCentralWidget(takeCentralWidget(), m_ui->metaDataView);
+}
+
+void MainWindow::measurePanel()
+{
+    m_widthForLogo = smallestPanelWidth();
+    m_ui->logoWidget->hide();
+    m_widthForWideButtons = smallestPanelWidth();
+    setRecordButtonsCompact(true);
+    // The layout alone would not let the window become narrower than what is shown just then.
+    setMinimumWidth(smallestPanelWidth());
+    fitPanel(width());
+}
+
+int MainWindow::smallestPanelWidth() const
+{
+    const QMargins margins = m_ui->topPanelLayout->contentsMargins();
+    return margins.left() + margins.right()
+        + std::max(m_ui->upperWidget->minimumSizeHint().width(), m_ui->lowerWidget->minimumSizeHint().width());
+}
+
+// A narrow window goes without the word mark, which is also in the menu, and then without room beside the buttons'
+// texts.
+void MainWindow::fitPanel(int width)
+{
+    m_ui->logoWidget->setVisible(width >= m_widthForLogo);
+    setRecordButtonsCompact(width < m_widthForWideButtons);
+}
+
+void MainWindow::setRecordButtonsCompact(bool areCompact)
+{
+    for (WhiteButton* button : { m_ui->showInfoButton, m_ui->revealInSystemFileManager, m_ui->copyToWorkFolderButton,
+             m_ui->addToPlaylistButton, m_ui->removeFromPlaylistButton })
+        button->setCompact(areCompact);
 }
 
 void MainWindow::buildRecordMenu()
@@ -259,6 +296,12 @@ void MainWindow::showWarrantyDisclaimerDialog()
         settings.setValue(key, true);
     else
         QCoreApplication::quit();
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    fitPanel(event->size().width());
+    AdvancedWindow::resizeEvent(event);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

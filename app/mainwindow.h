@@ -86,6 +86,7 @@ public slots:
 
 protected:
     QSize preferredSize() const override;
+    void resizeEvent(QResizeEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private slots:
@@ -110,6 +111,10 @@ private slots:
 
 private:
     void buildInterface();
+    void measurePanel();
+    int smallestPanelWidth() const;
+    void fitPanel(int width);
+    void setRecordButtonsCompact(bool areCompact);
     void buildRecordMenu();
     void connectButtons();
     void buildEmptyTableHint();
@@ -179,6 +184,9 @@ private:
     // Of the record menu, in its order.
     QList<QAction*> m_recordActions;
     QLabel* m_emptyTableHint = nullptr;
+    // Of the window, in device-independent pixels: from here on the word mark, and wide record buttons, have room.
+    int m_widthForLogo = 0;
+    int m_widthForWideButtons = 0;
     QTimer m_playbackTimer;
     QTimer m_requeryTimer;
     QTimer m_stateSaveTimer;

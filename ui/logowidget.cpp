@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 
+#include <climits>
 #include <cmath>
 
 namespace {
@@ -18,12 +19,14 @@ LogoWidget::LogoWidget(QWidget* parent)
 {
     setCursor(Qt::PointingHandCursor);
     setAccessibleName(tr("Vellumcast"));
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    resize(sizeHint());
     scalePicture();
 }
 
 QSize LogoWidget::sizeHint() const
 {
-    return { width(), preferredHeight };
+    return m_picture.size().scaled(INT_MAX, preferredHeight, Qt::KeepAspectRatio);
 }
 
 void LogoWidget::scalePicture()

@@ -6,6 +6,13 @@
 #include <QEvent>
 #include <QVariant>
 
+namespace {
+
+// Of the width, in device-independent pixels; what is left beside the text is a little more than the frame.
+constexpr int compactSaving = 14;
+
+} // namespace
+
 WhiteButton::WhiteButton(QWidget* parent)
     : QPushButton(parent)
 {
@@ -13,6 +20,23 @@ WhiteButton::WhiteButton(QWidget* parent)
     style->setParent(this);
     setStyle(style);
     setAttribute(Qt::WA_Hover);
+}
+
+void WhiteButton::setCompact(bool isCompact)
+{
+    m_isCompact = isCompact;
+    updateGeometry();
+}
+
+QSize WhiteButton::sizeHint() const
+{
+    const QSize hint = QPushButton::sizeHint();
+    return m_isCompact ? hint - QSize(compactSaving, 0) : hint;
+}
+
+QSize WhiteButton::minimumSizeHint() const
+{
+    return sizeHint();
 }
 
 bool WhiteButton::event(QEvent* event)

@@ -42,6 +42,7 @@ private slots:
     void leftButtonIsJoinedOnTheRight();
     void heightFollowsTheFont_data();
     void heightFollowsTheFont();
+    void textFits_data();
     void textFits();
     void pointerChangesTheButton();
     void keyboardPressesIt();
@@ -267,15 +268,28 @@ void WhiteButtonTest::heightFollowsTheFont()
     QCOMPARE(button.minimumSizeHint(), button.sizeHint());
 }
 
+void WhiteButtonTest::textFits_data()
+{
+    QTest::addColumn<bool>("isCompact");
+    QTest::addColumn<int>("leastRoom");
+    QTest::addColumn<int>("mostRoom");
+
+    QTest::newRow("wide") << false << 16 << 30;
+    QTest::newRow("compact") << true << 8 << 12;
+}
+
 void WhiteButtonTest::textFits()
 {
+    QFETCH(bool, isCompact);
+    QFETCH(int, leastRoom);
+    QFETCH(int, mostRoom);
     WhiteButton button;
     button.setText("Remove from Playlist");
 
-    const int textWidth = button.fontMetrics().horizontalAdvance(button.text());
+    button.setCompact(isCompact);
 
-    QVERIFY(button.sizeHint().width() >= textWidth + 16);
-    QVERIFY(button.sizeHint().width() <= textWidth + 30);
+    const int room = button.sizeHint().width() - button.fontMetrics().horizontalAdvance(button.text());
+    QVERIFY2(room >= leastRoom && room <= mostRoom, qPrintable(QString::number(room)));
 }
 
 void WhiteButtonTest::pointerChangesTheButton()
