@@ -31,6 +31,8 @@ constexpr int requeryDelay = 20; // milliseconds
 constexpr int stateSaveDelay = 1000; // milliseconds
 constexpr int busySpriteSize = 20; // pixels
 constexpr int busySpriteRate = 12; // frames per second
+constexpr int gapBeforeLogo = 6; // device-independent pixels, beside the row's spacing
+constexpr int roomBesideLookup = 48; // device-independent pixels, for the icons
 constexpr int longestWholeCount = 1000000; // a count of no more digits is never cut off
 
 } // namespace
@@ -90,6 +92,8 @@ void MainWindow::buildInterface()
     m_ui->setupUi(this);
     const QString count = tr("Found Records: %1").arg(longestWholeCount);
     m_ui->rowCountersLabel->setMinimumWidth(m_ui->rowCountersLabel->fontMetrics().horizontalAdvance(count));
+    QLineEdit* lookup = m_ui->lookupEdit;
+    lookup->setMinimumWidth(lookup->fontMetrics().horizontalAdvance(lookup->placeholderText()) + roomBesideLookup);
     m_ui->fileMenu->insertSeparator(m_ui->quitAction);
     m_ui->openTableAction->setMenu(m_openTableMenu);
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
@@ -102,7 +106,7 @@ void MainWindow::buildInterface()
 void MainWindow::measurePanel()
 {
     m_widthForLogo = smallestPanelWidth();
-    m_ui->logoWidget->hide();
+    setLogoVisible(false);
     m_widthForWideButtons = smallestPanelWidth();
     setRecordButtonsCompact(true);
     // The layout alone would not let the window become narrower than what is shown just then.
@@ -121,8 +125,17 @@ int MainWindow::smallestPanelWidth() const
 // texts.
 void MainWindow::fitPanel(int width)
 {
-    m_ui->logoWidget->setVisible(width >= m_widthForLogo);
+    setLogoVisible(width >= m_widthForLogo);
     setRecordButtonsCompact(width < m_widthForWideButtons);
+}
+
+void MainWindow::setLogoVisible(bool isVisible)
+{
+    if (isVisible == !m_ui->logoWidget->isHidden())
+        return;
+    m_ui->logoWidget->setVisible(isVisible);
+    m_ui->logoSpacer->changeSize(isVisible ? gapBeforeLogo : 0, 0, QSizePolicy::Fixed);
+    m_ui->lowerWidgetLayout->invalidate();
 }
 
 void MainWindow::setRecordButtonsCompact(bool areCompact)

@@ -114,6 +114,7 @@ private:
     void measurePanel();
     int smallestPanelWidth() const;
     void fitPanel(int width);
+    void setLogoVisible(bool isVisible);
     void setRecordButtonsCompact(bool areCompact);
     void buildRecordMenu();
     void connectButtons();

@@ -86,14 +86,25 @@ Program::~Program()
 
 bool Program::waitForWindow(const QString& title)
 {
+    return waitForWindow(title, {});
+}
+
+bool Program::waitForNextWindow(const QString& title)
+{
+    return waitForWindow(title, m_window);
+}
+
+bool Program::waitForWindow(const QString& title, const QString& formerWindow)
+{
     QString window;
-    const auto isThere = [this, &title, &window] {
+    const auto isThere = [this, &title, &window, &formerWindow] {
         window = visibleWindow(title);
-        return !window.isEmpty() || m_process.state() == QProcess::NotRunning;
+        return (!window.isEmpty() && window != formerWindow) || m_process.state() == QProcess::NotRunning;
     };
     if (!QTest::qWaitFor(isThere, patience) || window.isEmpty())
         return false;
     xdotool({ QStringLiteral("windowactivate"), QStringLiteral("--sync"), window });
+    m_window = window;
     return true;
 }
 

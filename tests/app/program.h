@@ -36,6 +36,8 @@ public:
     QProcess& process() { return m_process; }
     /// True once a window of exactly this title is on the screen and active; false after a time.
     bool waitForWindow(const QString& title);
+    /// The same for another window than was waited for last.
+    bool waitForNextWindow(const QString& title);
     /// Presses a key (by its X name) in the active window.
     void press(const QString& key);
     /// Types a text into the active window, in place of what is selected or stands there.
@@ -47,5 +49,9 @@ public:
     QString log();
 
 private:
+    bool waitForWindow(const QString& title, const QString& formerWindow);
+
     QProcess m_process;
+    // As the X server numbers it; empty before the first.
+    QString m_window;
 };

@@ -408,7 +408,7 @@ void ApplicationTest::unmovableFileEndsTheQuestions()
     QVERIFY(program.waitForWindow(questionTitle));
 
     program.press(QStringLiteral("alt+y"));
-    QVERIFY(program.waitForWindow(questionTitle));
+    QVERIFY(program.waitForNextWindow(questionTitle));
     program.press(QStringLiteral("Escape"));
 
     QVERIFY(program.waitForEnd());

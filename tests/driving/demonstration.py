@@ -11,7 +11,7 @@ import shutil
 import subprocess
 import sys
 
-from driver import Program, picture, press, type_text, wait_for
+from driver import SCALE, Program, picture, press, type_text, wait_for, xdotool
 
 MADE_SOUNDS = [
     # File name, seconds, what ffmpeg generates, tags. The codes in the names are known to the default library rules.
@@ -121,6 +121,16 @@ def open_the_dialogs(program, pictures):
         program.wait_without_window(title)
 
 
+def make_the_window_small(program, pictures):
+    def button_width():
+        return program.find("push button", "Remove from Playlist").extents()[2]
+
+    window, width = program.wait_for_window("Vellumcast - Table1"), button_width()
+    xdotool("windowsize", "--sync", window, round(1000 * SCALE), round(400 * SCALE))
+    wait_for("the smaller buttons", lambda: button_width() < width)
+    picture(os.path.join(pictures, "15-small-window.png"))
+
+
 def main():
     executable, pictures = os.path.abspath(sys.argv[1]), os.path.abspath(sys.argv[2])
     sounds = os.path.join(os.environ["TMPDIR"], "Sounds")
@@ -130,6 +140,7 @@ def main():
         play(program, sounds, pictures)
         work_with_a_record(program, pictures)
         open_the_dialogs(program, pictures)
+        make_the_window_small(program, pictures)
         press("ctrl+q")
         code = program.wait_for_end()
     finally:
