@@ -84,7 +84,7 @@ bool MainWindow::isDatabaseOpened() const
 QSize MainWindow::preferredSize() const
 {
     constexpr QSize initialSize(1263, 444);
-    return initialSize.expandedTo(minimumSizeHint());
+    return initialSize.expandedTo(QSize(m_widthForLogo, minimumSizeHint().height()));
 }
 
 void MainWindow::buildInterface()

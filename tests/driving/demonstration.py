@@ -122,12 +122,13 @@ def open_the_dialogs(program, pictures):
 
 
 def make_the_window_small(program, pictures):
-    def button_width():
-        return program.find("push button", "Remove from Playlist").extents()[2]
+    def edge_of_the_last_button():
+        left, _, width, _ = program.find("push button", "Remove from Playlist").extents()
+        return left + width
 
-    window, width = program.wait_for_window("Vellumcast - Table1"), button_width()
+    window, edge = program.wait_for_window("Vellumcast - Table1"), edge_of_the_last_button()
     xdotool("windowsize", "--sync", window, round(1000 * SCALE), round(400 * SCALE))
-    wait_for("the smaller buttons", lambda: button_width() < width)
+    wait_for("the panel of the smaller window", lambda: edge_of_the_last_button() < edge)
     picture(os.path.join(pictures, "15-small-window.png"))
 
 
