@@ -15,6 +15,7 @@
 
 namespace {
 
+constexpr QPoint toolTipOffset(0, 16); // Qt shows it so far below the place that it is given
 constexpr int restingTime = 100; // milliseconds
 constexpr int stepsPerSecond = 10; // of the position slider
 constexpr int stepsOfFullVolume = 100;
@@ -130,7 +131,8 @@ void MainWindow::showPlaybackFaultOnce()
         return;
     m_shownPlaybackFault = fault;
     QPushButton* button = m_ui->playbackButton;
-    QToolTip::showText(button->mapToGlobal(button->rect().bottomLeft()), fault, button);
+    // Over the position slider, which nobody needs then: below it would take a click meant for another button.
+    QToolTip::showText(button->mapToGlobal(button->rect().topRight() - toolTipOffset), fault, button, button->rect());
 }
 
 void MainWindow::updatePlaybackControls()
