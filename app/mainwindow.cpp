@@ -84,7 +84,9 @@ bool MainWindow::isDatabaseOpened() const
 QSize MainWindow::preferredSize() const
 {
     constexpr QSize initialSize(1263, 444);
-    return initialSize.expandedTo(QSize(m_widthForLogo, minimumSizeHint().height()));
+    // On scaled screens a window may come out a pixel or two smaller than asked for.
+    constexpr int spare = 8;
+    return initialSize.expandedTo(QSize(m_widthForLogo + spare, minimumSizeHint().height()));
 }
 
 void MainWindow::buildInterface()
