@@ -24,6 +24,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -31,6 +32,7 @@ constexpr int requeryDelay = 20; // milliseconds
 constexpr int stateSaveDelay = 1000; // milliseconds
 constexpr int busySpriteSize = 20; // pixels
 constexpr int busySpriteRate = 12; // frames per second
+constexpr int narrowingBesideLogo = 10; // of a record button, in device-independent pixels
 constexpr int gapBeforeLogo = 6; // device-independent pixels, beside the row's spacing
 constexpr int roomBesideLookup = 48; // device-independent pixels, for the icons
 constexpr int longestWholeCount = 1000000; // a count of no more digits is never cut off
@@ -86,7 +88,8 @@ QSize MainWindow::preferredSize() const
     constexpr QSize initialSize(1263, 444);
     // On scaled screens a window may come out a pixel or two smaller than asked for.
     constexpr int spare = 8;
-    return initialSize.expandedTo(QSize(m_widthForLogo + spare, minimumSizeHint().height()));
+    const int width = m_widthForAll - recordButtons().size() * narrowingBesideLogo + spare;
+    return initialSize.expandedTo(QSize(width, minimumSizeHint().height()));
 }
 
 void MainWindow::buildInterface()
@@ -107,10 +110,12 @@ void MainWindow::buildInterface()
 
 void MainWindow::measurePanel()
 {
-    m_widthForLogo = smallestPanelWidth();
+    const int selection = m_ui->rowCountersLabel->fontMetrics().horizontalAdvance(tr(" (%1 selected)").arg(1));
+    const int widthWithLogo = smallestPanelWidth();
+    m_widthForAll = widthWithLogo + selection;
     setLogoVisible(false);
-    m_widthForWideButtons = smallestPanelWidth();
-    setRecordButtonsCompact(true);
+    m_widthOfLogo = widthWithLogo - smallestPanelWidth();
+    narrowRecordButtons(WhiteButton::mostNarrowing);
     // The layout alone would not let the window become narrower than what is shown just then.
     setMinimumWidth(smallestPanelWidth());
     fitPanel(width());
@@ -123,12 +128,14 @@ int MainWindow::smallestPanelWidth() const
         + std::max(m_ui->upperWidget->minimumSizeHint().width(), m_ui->lowerWidget->minimumSizeHint().width());
 }
 
-// A narrow window goes without the word mark, which is also in the menu, and then without room beside the buttons'
-// texts.
+// A narrow window goes without some room beside the buttons' texts, then without the word mark, which is also in the
+// menu.
 void MainWindow::fitPanel(int width)
 {
-    setLogoVisible(width >= m_widthForLogo);
-    setRecordButtonsCompact(width < m_widthForWideButtons);
+    const int missing = m_widthForAll - width;
+    const bool hasLogo = missing <= recordButtons().size() * narrowingBesideLogo;
+    setLogoVisible(hasLogo);
+    narrowRecordButtons(int(std::ceil(double(hasLogo ? missing : missing - m_widthOfLogo) / recordButtons().size())));
 }
 
 void MainWindow::setLogoVisible(bool isVisible)
@@ -140,11 +147,17 @@ void MainWindow::setLogoVisible(bool isVisible)
     m_ui->lowerWidgetLayout->invalidate();
 }
 
-void MainWindow::setRecordButtonsCompact(bool areCompact)
+QVector<WhiteButton*> MainWindow::recordButtons() const
 {
-    for (WhiteButton* button : { m_ui->showInfoButton, m_ui->revealInSystemFileManager, m_ui->copyToWorkFolderButton,
-             m_ui->addToPlaylistButton, m_ui->removeFromPlaylistButton })
-        button->setCompact(areCompact);
+    return { m_ui->showInfoButton, m_ui->revealInSystemFileManager, m_ui->copyToWorkFolderButton,
+        m_ui->addToPlaylistButton, m_ui->removeFromPlaylistButton };
+}
+
+void MainWindow::narrowRecordButtons(int narrowing)
+{
+    const QVector<WhiteButton*> buttons = recordButtons();
+    for (WhiteButton* button : buttons)
+        button->setNarrowing(narrowing);
 }
 
 void MainWindow::buildRecordMenu()

@@ -11,6 +11,7 @@
 #include <QString>
 #include <QTimer>
 #include <QVariantList>
+#include <QVector>
 
 #include <memory>
 #include <optional>
@@ -23,6 +24,7 @@ class QAction;
 class QLabel;
 class QMenu;
 class Settings;
+class WhiteButton;
 
 namespace Ui {
 class MainWindow;
@@ -115,7 +117,8 @@ private:
     int smallestPanelWidth() const;
     void fitPanel(int width);
     void setLogoVisible(bool isVisible);
-    void setRecordButtonsCompact(bool areCompact);
+    QVector<WhiteButton*> recordButtons() const;
+    void narrowRecordButtons(int narrowing);
     void buildRecordMenu();
     void connectButtons();
     void buildEmptyTableHint();
@@ -185,9 +188,10 @@ private:
     // Of the record menu, in its order.
     QList<QAction*> m_recordActions;
     QLabel* m_emptyTableHint = nullptr;
-    // Of the window, in device-independent pixels: from here on the word mark, and wide record buttons, have room.
-    int m_widthForLogo = 0;
-    int m_widthForWideButtons = 0;
+    // In device-independent pixels: of a window with room for everything in the panel, and of the word mark with its
+    // gap.
+    int m_widthForAll = 0;
+    int m_widthOfLogo = 0;
     QTimer m_playbackTimer;
     QTimer m_requeryTimer;
     QTimer m_stateSaveTimer;

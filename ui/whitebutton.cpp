@@ -6,12 +6,7 @@
 #include <QEvent>
 #include <QVariant>
 
-namespace {
-
-// Of the width, in device-independent pixels; what is left beside the text is a little more than the frame.
-constexpr int compactSaving = 14;
-
-} // namespace
+#include <algorithm>
 
 WhiteButton::WhiteButton(QWidget* parent)
     : QPushButton(parent)
@@ -22,16 +17,15 @@ WhiteButton::WhiteButton(QWidget* parent)
     setAttribute(Qt::WA_Hover);
 }
 
-void WhiteButton::setCompact(bool isCompact)
+void WhiteButton::setNarrowing(int narrowing)
 {
-    m_isCompact = isCompact;
+    m_narrowing = std::clamp(narrowing, 0, mostNarrowing);
     updateGeometry();
 }
 
 QSize WhiteButton::sizeHint() const
 {
-    const QSize hint = QPushButton::sizeHint();
-    return m_isCompact ? hint - QSize(compactSaving, 0) : hint;
+    return QPushButton::sizeHint() - QSize(m_narrowing, 0);
 }
 
 QSize WhiteButton::minimumSizeHint() const

@@ -4,8 +4,7 @@
 #include <QPushButton>
 
 /// A light push button. Its dynamic properties "leftSideType" and "rightSideType" tell whether a side is joined to a
-/// neighbouring button: 0 free, 1 joined. Where there is little room a button may be compact: less wide, with its whole
-/// text.
+/// neighbouring button: 0 free, 1 joined.
 ///
 /// Owner: its Qt parent. Thread: GUI.
 class WhiteButton : public QPushButton
@@ -15,7 +14,10 @@ class WhiteButton : public QPushButton
 public:
     explicit WhiteButton(QWidget* parent = nullptr);
 
-    void setCompact(bool isCompact);
+    /// The most that a button can be narrowed without touching its text.
+    static constexpr int mostNarrowing = 14;
+    /// Takes so much of the usual width away, in device-independent pixels, where there is little room.
+    void setNarrowing(int narrowing);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -24,7 +26,7 @@ protected:
     bool event(QEvent* event) override;
 
 private:
-    bool m_isCompact = false;
+    int m_narrowing = 0;
 };
 
 /// The left end of a row of joined buttons.

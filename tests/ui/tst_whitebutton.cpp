@@ -270,23 +270,24 @@ void WhiteButtonTest::heightFollowsTheFont()
 
 void WhiteButtonTest::textFits_data()
 {
-    QTest::addColumn<bool>("isCompact");
+    QTest::addColumn<int>("narrowing");
     QTest::addColumn<int>("leastRoom");
     QTest::addColumn<int>("mostRoom");
 
-    QTest::newRow("wide") << false << 16 << 30;
-    QTest::newRow("compact") << true << 8 << 12;
+    QTest::newRow("usual") << 0 << 16 << 30;
+    QTest::newRow("narrowed") << 8 << 10 << 18;
+    QTest::newRow("as narrow as can be") << 100 << 8 << 10;
 }
 
 void WhiteButtonTest::textFits()
 {
-    QFETCH(bool, isCompact);
+    QFETCH(int, narrowing);
     QFETCH(int, leastRoom);
     QFETCH(int, mostRoom);
     WhiteButton button;
     button.setText("Remove from Playlist");
 
-    button.setCompact(isCompact);
+    button.setNarrowing(narrowing);
 
     const int room = button.sizeHint().width() - button.fontMetrics().horizontalAdvance(button.text());
     QVERIFY2(room >= leastRoom && room <= mostRoom, qPrintable(QString::number(room)));
