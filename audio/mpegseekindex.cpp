@@ -56,16 +56,11 @@ std::optional<qint64> MpegSeekIndex::startFor(qint64 timestamp)
         return std::nullopt;
     const qint64 sample = sampleAt(timestamp);
     walkTo(sample);
-    // Behind the end of the walk FFmpeg reads on from the last entry of its index.
+    // What lies behind the end of the walk FFmpeg seeks from the last entry of its index on.
     const Frames frames = framesUpTo(std::min(sample, m_walk->frame().sample));
-    const std::size_t begin = leadOf(frames).value_or(0);
-    announce(frames.at(begin));
-    // FFmpeg trusts no entry that is the last one: it would read on from there.
-    if (begin + 1 < frames.size())
-        announce(frames.at(begin + 1));
-    if (!isWalked(sample))
-        return std::nullopt;
-    return timestampOf(frames.at(begin).sample);
+    const Frame& start = frames.at(leadOf(frames).value_or(0));
+    announce(start);
+    return isWalked(sample) ? std::optional(timestampOf(start.sample)) : std::nullopt;
 }
 
 bool MpegSeekIndex::begin()

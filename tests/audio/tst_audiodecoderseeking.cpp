@@ -2,6 +2,7 @@
 #include "audio/audiodecoder.h"
 
 #include "tests/audio/soundmaker.h"
+#include "tests/scan/soundfiles.h"
 #include "tests/support/testsupport.h"
 
 #include <QFile>
@@ -39,6 +40,12 @@ QByteArray straightThrough(const QString& path)
 {
     AudioDecoder decoder;
     return openFile(decoder, path) ? decodeRest(decoder) : QByteArray();
+}
+
+QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 int offsetOf(double position)
@@ -93,6 +100,10 @@ private slots:
     void init();
     void everySeekGivesTheVeryBytesOfThatInstant_data() { addMpegFormats(); }
     void everySeekGivesTheVeryBytesOfThatInstant();
+    void secondLayerIsExactUpToItsDither_data();
+    void secondLayerIsExactUpToItsDither();
+    void placesAroundDamageAreExact_data();
+    void placesAroundDamageAreExact();
 
 private:
     QString path(const QString& name) const { return m_folder->filePath(name); }
@@ -122,7 +133,80 @@ void AudioDecoderSeekingTest::everySeekGivesTheVeryBytesOfThatInstant()
         const QByteArray sound = decoder.decode(comparedBytes);
 
         const QByteArray expected = linear.mid(offsetOf(reachable), comparedBytes);
-        QVERIFY2(sound == expected, difference(reachable, sound, expected).constData());
+        if (sound != expected)
+            QFAIL(difference(reachable, sound, expected).constData());
+    }
+}
+
+void AudioDecoderSeekingTest::secondLayerIsExactUpToItsDither_data()
+{
+    QTest::addColumn<QString>("arguments");
+    for (const char* arguments :
+        { "-ar 44100 -ac 2 -b:a 192k", "-ar 48000 -ac 1 -b:a 32k", "-ar 22050 -ac 2 -b:a 64k" })
+        QTest::newRow(arguments) << QString(arguments);
+}
+
+// FFmpeg's decoder rounds to 16 bits and carries what it rounded off over to the next sample.
+void AudioDecoderSeekingTest::secondLayerIsExactUpToItsDither()
+{
+    constexpr double threeBits = 3.0 / 32768;
+    QFETCH(QString, arguments);
+    makeNoise(path("a.mp3"), seconds, arguments.split(' ') + QStringList{ "-c:a", "mp2", "-f", "mp2" });
+    const QByteArray linear = straightThrough(path("a.mp3"));
+    AudioDecoder decoder;
+    QVERIFY(openFile(decoder, path("a.mp3")));
+
+    for (const double position : { 9.3, 0.0, 4.0001, 10.7, 1.0 }) {
+        QVERIFY(decoder.seek(position));
+        const QByteArray sound = decoder.decode(comparedBytes);
+
+        const QByteArray expected = linear.mid(offsetOf(position), comparedBytes);
+        QVERIFY2(sound.size() == expected.size() && greatestDifference(sound, expected) < threeBits,
+            difference(position, sound, expected).constData());
+    }
+}
+
+void AudioDecoderSeekingTest::placesAroundDamageAreExact_data()
+{
+    constexpr int frameSize = 384;
+    QTest::addColumn<int>("offsetInFrame");
+    QTest::addColumn<int>("removed");
+    QTest::addColumn<QByteArray>("inserted");
+    QTest::addColumn<int>("lostFrames");
+    const QByteArray tag = SoundFiles::id3Tag(SoundFiles::id3Text("TIT2", "Night"));
+    QTest::newRow("header destroyed") << 0 << 4 << QByteArray(4, '\0') << 1;
+    QTest::newRow("bytes missing") << 0 << 100 << QByteArray() << 1;
+    QTest::newRow("tag in the middle") << 0 << 0 << tag << 1;
+    QTest::newRow("sound destroyed") << 40 << 300 << QByteArray(300, '\xff') << 0;
+    QTest::newRow("frames missing") << 0 << 5 * frameSize << QByteArray() << 0;
+}
+
+// A frame that cannot be decoded is left out, so that straight through all that follows comes earlier by its length; a
+// seek goes by the time that the frame had.
+void AudioDecoderSeekingTest::placesAroundDamageAreExact()
+{
+    QFETCH(int, offsetInFrame);
+    QFETCH(int, removed);
+    QFETCH(QByteArray, inserted);
+    QFETCH(int, lostFrames);
+    constexpr int bytesPerFrame = 1152 * playedRate / 48000 * playedFrameSize;
+    makeNoise(path("whole.mp3"), seconds, { "-ar", "48000", "-ac", "2", "-b:a", "128k" });
+    QByteArray contents = readFile(path("whole.mp3"));
+    constexpr int damagedFrame = 250; // at 6 seconds
+    contents.replace(contents.indexOf("\xff\xfb") + damagedFrame * 384 + offsetInFrame, removed, inserted);
+    TestSupport::writeFile(path("a.mp3"), contents);
+    const QByteArray linear = straightThrough(path("a.mp3"));
+    AudioDecoder decoder;
+    QVERIFY(openFile(decoder, path("a.mp3")));
+
+    for (const double position : { 9.3, 1.0, 6.2, 5.4, 7.0, 11.0, 6.3, 3.0, 0.0 }) {
+        QVERIFY(decoder.seek(position));
+        const QByteArray sound = decoder.decode(comparedBytes);
+
+        const int earlier = position > 6 ? lostFrames * bytesPerFrame : 0;
+        const QByteArray expected = linear.mid(offsetOf(position) - earlier, comparedBytes);
+        if (sound != expected)
+            QFAIL(difference(position, sound, expected).constData());
     }
 }
 
