@@ -12,10 +12,10 @@ struct AVStream;
 
 /// Tells FFmpeg where the frames of an MPEG audio file are, so that it jumps to a place exactly.
 ///
-/// FFmpeg knows such a place only when it has read all packets before it, which takes the tenth of a second in a file
-/// of an hour. Here the headers alone are followed, from the first packet on and only as far as they are wanted, and
-/// the frames around the place are added to FFmpeg's own index of the stream. No frame is ever guessed: what the walk
-/// cannot follow to the byte (see audio/mpegframewalk.h) is left to FFmpeg, which reads on from there.
+/// FFmpeg knows such a place only when it has read all packets before it, which takes more than a tenth of a second
+/// in a file of an hour. Here the headers alone are followed, from the first packet on, no farther than wanted and only
+/// once, and the frame to begin with is added to FFmpeg's own index of the stream. No place is ever guessed: what the
+/// walk cannot follow to the byte (see audio/mpegframewalk.h) is left to FFmpeg, which reads on from there.
 ///
 /// Time stamps are in the stream's time base, in which each frame of MPEG audio has a whole length.
 ///
@@ -47,7 +47,6 @@ private:
 
     const InputFile* m_file;
     AVFormatContext* m_format;
-    // FFmpeg gives it back as a constant one, but its index takes additions.
     AVStream* m_stream;
     bool m_hasBegun = false;
     qint64 m_firstTimestamp = 0;
