@@ -14,9 +14,6 @@ extern "C" {
 
 namespace {
 
-// What is decoded before the wanted position, so that a codec whose frames build upon earlier ones has got them.
-constexpr double leadSeconds = 0.5;
-
 // Samples that the resampler is fed before the wanted one: more than its filter is long.
 constexpr qint64 leadSamples = 1024;
 
@@ -83,6 +80,7 @@ bool AudioDecoder::open()
     for (const auto& [key, value] : m_input.metadata())
         m_tags.insert(key, value);
     m_duration = knownDuration();
+    m_sourceRate = m_input.sampleRate();
     return true;
 }
 
@@ -237,19 +235,22 @@ bool AudioDecoder::seek(double seconds)
         return fail(QStringLiteral("Audio decoder is not opened"));
     const double end = m_duration > 0 ? std::min(m_duration, latestPosition) : latestPosition;
     const double position = std::max(0.0, std::min(seconds, end));
-    const double timeBase = av_q2d(m_input.stream()->time_base);
-    const qint64 earliest = std::min<qint64>(0, startTime());
-    const qint64 timestamp = std::max(earliest, startTime() + qint64((position - leadSeconds) / timeBase));
+    const qint64 wantedFrame = std::llround(position * m_output.sampleRate);
     forgetFrame();
-    if (av_seek_frame(m_input.formatContext(), m_input.stream()->index, timestamp, AVSEEK_FLAG_BACKWARD) < 0) {
+    if (!m_input.seek(firstTimestampToDecode(wantedFrame))) {
         m_isAtEnd = true;
         return fail(QStringLiteral("Unable to seek to specified position"));
     }
-    avcodec_flush_buffers(m_input.codecContext());
     m_resampler.restart();
-    m_wantedFrame = std::llround(position * m_output.sampleRate);
+    m_wantedFrame = wantedFrame;
     m_isAtEnd = false;
     return true;
+}
+
+qint64 AudioDecoder::firstTimestampToDecode(qint64 wantedFrame) const
+{
+    const qint64 sample = firstSampleToConvert(wantedFrame, m_output.sampleRate, m_sourceRate);
+    return startTime() + av_rescale_q(sample, AVRational{ 1, m_sourceRate }, m_input.stream()->time_base);
 }
 
 void AudioDecoder::forgetFrame()

@@ -57,6 +57,7 @@ private:
     QString inputError() const;
     double knownDuration() const;
     qint64 startTime() const;
+    qint64 firstTimestampToDecode(qint64 wantedFrame) const;
     void decodeFurther();
     void readPacket();
     void beginFrame();
@@ -71,6 +72,8 @@ private:
     Resampler::Output m_output;
     QMap<QString, QString> m_tags;
     double m_duration = 0;
+    // Hz, as the file began; joined recordings may change it.
+    int m_sourceRate = 0;
     MediaInput m_input;
     Resampler m_resampler;
     FramePointer m_frame;

@@ -72,6 +72,8 @@ int InputFile::open(const QString& path)
 
 int InputFile::peek(qint64 offset, std::uint8_t* buffer, int size) const
 {
+    if (m_isInterrupted)
+        return 0;
     return std::max(0, int(::pread(m_file.handle(), buffer, size_t(size), offset)));
 }
 

@@ -34,7 +34,8 @@ public:
     void liftLimit() { m_isLimited = false; }
     /// From now on the file seems to end where it is read. Thread: any.
     void interrupt() { m_isInterrupted = true; }
-    /// What stands at a place of the file, without any effect on what FFmpeg reads next: how many bytes there were.
+    /// What stands at a place of the file, without any effect on what FFmpeg reads next: how many bytes there were. An
+    /// interrupted file has none.
     int peek(qint64 offset, std::uint8_t* buffer, int size) const;
     /// Bytes, as they were when the file was opened.
     qint64 size() const { return m_size; }

@@ -3,12 +3,15 @@
 
 #include "audio/disguisedsound.h"
 #include "audio/inputfile.h"
+#include "audio/mpegseekindex.h"
 
 #include <QChar>
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cerrno>
+#include <optional>
 #include <vector>
 
 extern "C" {
@@ -16,6 +19,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/dict.h>
 #include <libavutil/error.h>
+#include <libavutil/mathematics.h>
 #include <libavutil/samplefmt.h>
 }
 
@@ -23,6 +27,9 @@ namespace {
 
 // Hz. No sound has more; FFmpeg corrects the duration of damaged files that claim so.
 constexpr int highestTrustedRate = 1000000;
+
+// Milliseconds that are read before a place, so that a codec whose frames build upon earlier ones has got them.
+constexpr qint64 seekLead = 500;
 
 // What a file holds is in that file: neither another one nor the network is opened on its behalf.
 int refuseOtherFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**)
@@ -62,7 +69,8 @@ MediaInput& MediaInput::operator=(MediaInput&& other) noexcept
 {
     if (this == &other)
         return *this;
-    // The old context goes before the file that it reads from.
+    // What reads from the old file goes before it.
+    m_seekIndex = std::move(other.m_seekIndex);
     m_codec = std::move(other.m_codec);
     m_format = std::move(other.m_format);
     m_file = std::move(other.m_file);
@@ -89,6 +97,7 @@ bool MediaInput::open(const QString& path)
 
 void MediaInput::close()
 {
+    m_seekIndex.reset();
     m_codec.reset();
     m_format.reset();
     m_file.reset();
@@ -99,6 +108,25 @@ void MediaInput::interrupt()
 {
     if (m_file)
         m_file->interrupt();
+}
+
+bool MediaInput::seek(qint64 timestamp)
+{
+    if (av_seek_frame(m_format.get(), m_streamIndex, seekStart(timestamp), AVSEEK_FLAG_BACKWARD) < 0)
+        return false;
+    avcodec_flush_buffers(m_codec.get());
+    return true;
+}
+
+qint64 MediaInput::seekStart(qint64 timestamp)
+{
+    if (!m_seekIndex && formatName() == QLatin1String("mp3"))
+        m_seekIndex = std::make_unique<MpegSeekIndex>(*m_file, *m_format, *stream());
+    if (const std::optional<qint64> start = m_seekIndex ? m_seekIndex->startFor(timestamp) : std::nullopt)
+        return *start;
+    const qint64 lead = av_rescale_q(seekLead, AVRational{ 1, 1000 }, stream()->time_base);
+    const qint64 startTime = stream()->start_time == AV_NOPTS_VALUE ? 0 : stream()->start_time;
+    return std::max(std::min<qint64>(0, startTime), timestamp - lead);
 }
 
 bool MediaInput::isOpen() const

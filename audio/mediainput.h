@@ -8,6 +8,7 @@
 #include <QVector>
 
 class InputFile;
+class MpegSeekIndex;
 struct AVStream;
 
 /// One media file opened with FFmpeg: its first audio stream and an opened decoder for it.
@@ -43,6 +44,11 @@ public:
     /// The open file seems to end from now on, also for a reading that runs in another thread. It must not be closed
     /// meanwhile.
     void interrupt();
+
+    /// Continues some time before a place, so that all samples from there on are decoded as without a seek; false when
+    /// FFmpeg cannot. What was sent to the decoder is forgotten. The time stamp is in the stream's time base; needs an
+    /// open input.
+    bool seek(qint64 timestamp);
 
     bool isOpen() const;
     Failure failure() const { return m_failure; }
@@ -81,12 +87,15 @@ private:
     bool mayBeDisguised() const;
     bool isKnownFromHeader() const;
     bool openDecoder();
+    qint64 seekStart(qint64 timestamp);
     bool fail(Failure failure, int errorCode = 0);
 
     // Declared before the context that reads from it.
     std::unique_ptr<InputFile> m_file;
     FormatContextPointer m_format;
     CodecContextPointer m_codec;
+    // Of MPEG audio, from the first seek on.
+    std::unique_ptr<MpegSeekIndex> m_seekIndex;
     int m_streamIndex = -1;
     // How the open file was opened; a format that was not forced is always examined in full.
     Probing m_probing = Probing::Full;
