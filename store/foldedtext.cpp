@@ -142,11 +142,11 @@ size_t FoldedText::bytes() const
     return size_t(m_text.capacity()) + m_starts.capacity() * sizeof(quint32);
 }
 
-void FoldedText::find(const LikePattern& pattern, RowSet& hits) const
+void FoldedText::find(const LikePattern& pattern, const RowRange& range, RowSet& hits) const
 {
     const std::string_view anchor = pattern.anchor();
     if (anchor.empty()) {
-        for (size_t index = 0; index < rows(); ++index) {
+        for (size_t index = range.begin; index < range.end; ++index) {
             if (pattern.matches(row(index)))
                 hits.insert(index);
         }
@@ -154,16 +154,18 @@ void FoldedText::find(const LikePattern& pattern, RowSet& hits) const
     }
     const bool isPlain = pattern.isPlain();
     const bool isRigid = pattern.isRigid();
-    size_t index = 0;
-    const std::string_view text(m_text.constData(), size_t(m_text.size()));
-    forEachOccurrence(text, anchor, [&](size_t position) -> size_t {
+    size_t index = range.begin;
+    const size_t start = m_starts[range.begin];
+    const std::string_view text(m_text.constData() + start, m_starts[range.end] - start);
+    forEachOccurrence(text, anchor, [&](size_t place) -> size_t {
+        const size_t position = start + place;
         index = rowAt(position, index);
         const bool isHit = isPlain
             || (isRigid ? pattern.matchesAround(row(index), position - m_starts[index]) : pattern.matches(row(index)));
         if (isHit)
             hits.insert(index);
         // One match in a row is enough; without, another occurrence may do.
-        return isHit || !isRigid ? m_starts[index + 1] : position + 1;
+        return isHit || !isRigid ? m_starts[index + 1] - start : place + 1;
     });
 }
 

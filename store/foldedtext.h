@@ -2,6 +2,7 @@
 #pragma once
 
 #include "store/likepattern.h"
+#include "store/rowranges.h"
 #include "store/rowset.h"
 
 #include <QByteArray>
@@ -29,8 +30,9 @@ public:
     std::string_view row(size_t index) const;
     size_t bytes() const;
 
-    /// Adds all rows that match to `hits`, which has the size of the column.
-    void find(const LikePattern& pattern, RowSet& hits) const;
+    /// Adds all rows of the range that match to `hits`, which has the size of the column. Ranges that begin at
+    /// multiples of `RowSet::bitsInWord` may be searched by different threads at once.
+    void find(const LikePattern& pattern, const RowRange& range, RowSet& hits) const;
     bool isMatch(const LikePattern& pattern, size_t index) const;
 
 private:

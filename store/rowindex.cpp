@@ -334,8 +334,10 @@ void RowIndex::applyTerm(const IndexedView::Term& term, const QStringList& field
         return;
     }
     RowSet hits(rows.size());
-    for (const QString& field : fields)
-        m_texts.at(field).find(term.pattern, hits);
+    forEachRowRange(rows.size(), [&](const RowRange& range) {
+        for (const QString& field : fields)
+            m_texts.at(field).find(term.pattern, range, hits);
+    });
     if (term.isNegated)
         rows.subtract(hits);
     else

@@ -5,10 +5,13 @@
 
 #include <vector>
 
-/// A set of row numbers (from 0) of one table, one bit a row. Thread: a value.
+/// A set of row numbers (from 0) of one table, one bit a row. Thread: a value; but threads may insert at once where the
+/// rows of each lie in words of its own.
 class RowSet final
 {
 public:
+    static constexpr size_t bitsInWord = 64;
+
     RowSet() = default;
     /// Holds none of `size` rows.
     explicit RowSet(size_t size)
@@ -66,7 +69,6 @@ public:
     }
 
 private:
-    static constexpr size_t bitsInWord = 64;
     static quint64 bit(size_t row) { return Q_UINT64_C(1) << (row % bitsInWord); }
 
     std::vector<quint64> m_words;

@@ -15,6 +15,7 @@ private slots:
     void whatIsNotUtf8IsRefused_data();
     void whatIsNotUtf8IsRefused();
     void everyRowThatContainsTheTermIsFound();
+    void rangesOnAllProcessorsFindTheSame();
     void noMatchSpansTwoRows();
     void squeezeGivesBackWhatWasReserved();
 };
@@ -26,13 +27,18 @@ LikePattern pattern(const QString& term)
     return *LikePattern::fromTerm(term);
 }
 
+std::vector<size_t> rowsOf(const RowSet& set)
+{
+    std::vector<size_t> rows;
+    set.forEach([&rows](size_t row) { rows.push_back(row); });
+    return rows;
+}
+
 std::vector<size_t> rowsFound(const FoldedText& column, const QString& term)
 {
     RowSet hits(column.rows());
-    column.find(pattern(term), hits);
-    std::vector<size_t> rows;
-    hits.forEach([&rows](size_t row) { rows.push_back(row); });
-    return rows;
+    column.find(pattern(term), { 0, column.rows() }, hits);
+    return rowsOf(hits);
 }
 
 } // namespace
@@ -110,6 +116,19 @@ void FoldedTextTest::everyRowThatContainsTheTermIsFound()
             QCOMPARE(column.isMatch(pattern(term), size_t(row)), pattern(term).matches(text));
         }
         QVERIFY2(rowsFound(column, term) == expected, qPrintable(term));
+    }
+}
+
+void FoldedTextTest::rangesOnAllProcessorsFindTheSame()
+{
+    FoldedText column;
+    for (int row = 0; row < 200000; ++row)
+        QVERIFY(column.append("sound " + std::to_string(row)));
+
+    for (const char* term : { "sound", "77", "7_7", "9%1", "199999", "absent", "_" }) {
+        RowSet hits(column.rows());
+        forEachRowRange(column.rows(), [&](const RowRange& range) { column.find(pattern(term), range, hits); });
+        QVERIFY2(rowsOf(hits) == rowsFound(column, term), term);
     }
 }
 
