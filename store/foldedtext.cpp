@@ -12,6 +12,9 @@ namespace {
 
 constexpr int greatestBytes = 1 << 30;
 
+// Bytes that are compared at a time.
+constexpr size_t wideBlock = 16;
+
 struct Utf8Lead
 {
     int continuations;
@@ -62,7 +65,8 @@ void forEachOccurrence(std::string_view text, std::string_view wanted, const Vis
     size_t place = 0;
 #ifdef __SSE2__
     // Sixteen places at a time: only where the first and the last byte are right are the others compared.
-    constexpr size_t width = sizeof(__m128i);
+    constexpr size_t width = wideBlock;
+    static_assert(width == sizeof(__m128i));
     const __m128i first = _mm_set1_epi8(wanted.front());
     const __m128i last = _mm_set1_epi8(wanted.back());
     const auto equalBytes = [&text](size_t position, __m128i byte) {
@@ -171,10 +175,24 @@ void FoldedText::find(const LikePattern& pattern, const RowRange& range, RowSet&
 
 bool FoldedText::isMatch(const LikePattern& pattern, size_t index) const
 {
-    const std::string_view text = row(index);
-    if (text.find(pattern.anchor()) == std::string_view::npos)
-        return false;
-    return pattern.isPlain() || pattern.matches(text);
+    return holdsAnchor(pattern.anchor(), index) && (pattern.isPlain() || pattern.matches(row(index)));
+}
+
+bool FoldedText::holdsAnchor(std::string_view anchor, size_t index) const
+{
+    if (anchor.empty())
+        return true;
+    const size_t start = m_starts[index];
+    const size_t length = m_starts[index + 1] - start;
+    // With some bytes of the next rows, so that the last ones of this row, too, are compared many at a time.
+    const size_t visible = std::min(length + anchor.size() + wideBlock, size_t(m_text.size()) - start);
+    const std::string_view text(m_text.constData() + start, visible);
+    bool isFound = false;
+    forEachOccurrence(text, anchor, [&](size_t place) {
+        isFound = isFound || place < length;
+        return visible;
+    });
+    return isFound;
 }
 
 // The row of a position that is not before the row `from`: a few steps when it is near, as it is for common words.

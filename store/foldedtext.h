@@ -36,6 +36,7 @@ public:
     bool isMatch(const LikePattern& pattern, size_t index) const;
 
 private:
+    bool holdsAnchor(std::string_view anchor, size_t index) const;
     size_t rowAt(size_t position, size_t from) const;
 
     // Each text ends with a NUL, which no term contains, so that no match spans two rows.

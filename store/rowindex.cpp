@@ -52,8 +52,8 @@ bool RowIndex::findRows(const IndexedView& view, RowSet& rows)
             return false;
         rows.intersect(*flagged);
     }
-    for (const IndexedView::Term* term : rarestFirst(view))
-        applyTerm(*term, view.lookupFields, rows);
+    if (!view.terms.empty())
+        applyTerms(view, rows);
     return true;
 }
 
@@ -291,30 +291,38 @@ const RowSet* RowIndex::flaggedRows(const QString& flagsWhere)
     return &m_flaggedRows.emplace(flagsWhere, std::move(rows)).first->second;
 }
 
-bool RowIndex::isWanted(const IndexedView::Term& term, const QStringList& fields, size_t row) const
+RowIndex::Columns RowIndex::columns(const QStringList& fields) const
 {
-    const bool isFound = std::any_of(fields.begin(), fields.end(),
-        [&](const QString& field) { return m_texts.at(field).isMatch(term.pattern, row); });
+    Columns columns;
+    for (const QString& field : fields)
+        columns.push_back(&m_texts.at(field));
+    return columns;
+}
+
+bool RowIndex::isWanted(const IndexedView::Term& term, const Columns& columns, size_t row)
+{
+    const bool isFound = std::any_of(
+        columns.begin(), columns.end(), [&](const FoldedText* column) { return column->isMatch(term.pattern, row); });
     return isFound != term.isNegated;
 }
 
 // How many of some hundred rows all over the table the term leaves.
-size_t RowIndex::sampledRows(const IndexedView::Term& term, const QStringList& fields) const
+size_t RowIndex::sampledRows(const IndexedView::Term& term, const Columns& columns) const
 {
     constexpr size_t sampleSize = 400;
     const size_t step = m_ids.size() / sampleSize + 1;
     size_t count = 0;
     for (size_t row = 0; row < m_ids.size(); row += step)
-        count += isWanted(term, fields, row) ? 1 : 0;
+        count += isWanted(term, columns, row) ? 1 : 0;
     return count;
 }
 
 // Few rows are left for the other terms then, and each of them is looked at by itself.
-std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& view) const
+std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& view, const Columns& columns) const
 {
     std::vector<std::pair<size_t, const IndexedView::Term*>> counted;
     for (const IndexedView::Term& term : view.terms)
-        counted.emplace_back(view.terms.size() > 1 ? sampledRows(term, view.lookupFields) : 0, &term);
+        counted.emplace_back(view.terms.size() > 1 ? sampledRows(term, columns) : 0, &term);
     std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     std::vector<const IndexedView::Term*> terms;
     terms.reserve(counted.size());
@@ -323,23 +331,35 @@ std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& v
     return terms;
 }
 
-void RowIndex::applyTerm(const IndexedView::Term& term, const QStringList& fields, RowSet& rows) const
+void RowIndex::applyTerms(const IndexedView& view, RowSet& rows) const
 {
-    constexpr size_t fewRows = 8; // of so many
-    if (size_t(rows.count()) * fewRows < rows.size()) {
-        rows.forEach([&](size_t row) {
-            if (!isWanted(term, fields, row))
+    const Columns searched = columns(view.lookupFields);
+    const std::vector<const IndexedView::Term*> terms = rarestFirst(view, searched);
+    RowSet hits(rows.size());
+    // All words range by range: the texts of a range are in the processor's cache when the second word is searched.
+    forEachRowRange(rows.size(), [&](const RowRange& range) {
+        for (const IndexedView::Term* term : terms)
+            applyTerm(*term, searched, range, rows, hits);
+    });
+}
+
+// Where few rows of the range are left each is looked at by itself, else the texts of the range are searched through.
+void RowIndex::applyTerm(
+    const IndexedView::Term& term, const Columns& columns, const RowRange& range, RowSet& rows, RowSet& hits)
+{
+    constexpr size_t fewRows = 24; // of so many
+    if (size_t(rows.count(range)) * fewRows < range.end - range.begin) {
+        rows.forEach(range, [&](size_t row) {
+            if (!isWanted(term, columns, row))
                 rows.remove(row);
         });
         return;
     }
-    RowSet hits(rows.size());
-    forEachRowRange(rows.size(), [&](const RowRange& range) {
-        for (const QString& field : fields)
-            m_texts.at(field).find(term.pattern, range, hits);
-    });
+    hits.clear(range);
+    for (const FoldedText* column : columns)
+        column->find(term.pattern, range, hits);
     if (term.isNegated)
-        rows.subtract(hits);
+        rows.subtract(hits, range);
     else
-        rows.intersect(hits);
+        rows.intersect(hits, range);
 }

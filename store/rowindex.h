@@ -60,6 +60,8 @@ public:
     void refuse();
 
 private:
+    using Columns = std::vector<const FoldedText*>;
+
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
     bool readRows(SqliteCursor& cursor, const QStringList& fields);
@@ -73,10 +75,13 @@ private:
     void clear();
 
     const RowSet* flaggedRows(const QString& flagsWhere);
-    bool isWanted(const IndexedView::Term& term, const QStringList& fields, size_t row) const;
-    size_t sampledRows(const IndexedView::Term& term, const QStringList& fields) const;
-    std::vector<const IndexedView::Term*> rarestFirst(const IndexedView& view) const;
-    void applyTerm(const IndexedView::Term& term, const QStringList& fields, RowSet& rows) const;
+    Columns columns(const QStringList& fields) const;
+    static bool isWanted(const IndexedView::Term& term, const Columns& columns, size_t row);
+    size_t sampledRows(const IndexedView::Term& term, const Columns& columns) const;
+    std::vector<const IndexedView::Term*> rarestFirst(const IndexedView& view, const Columns& columns) const;
+    void applyTerms(const IndexedView& view, RowSet& rows) const;
+    static void applyTerm(
+        const IndexedView::Term& term, const Columns& columns, const RowRange& range, RowSet& rows, RowSet& hits);
 
     bool isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const;
     bool appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id);

@@ -3,7 +3,6 @@
 
 #include "store/rowset.h"
 
-#include <QThread>
 #include <QtConcurrent>
 
 #include <algorithm>
@@ -11,20 +10,18 @@
 
 namespace {
 
-// Fewer are done before another thread has begun.
-constexpr size_t fewestRows = 32 * 1024;
+// The texts of so many fit into a processor's own cache.
+constexpr size_t rowsPerRange = 4 * 1024;
+static_assert(rowsPerRange % RowSet::bitsInWord == 0);
 
-// A processor that is busy with something else leaves its ranges to the others.
-constexpr size_t rangesPerThread = 4;
+// Fewer are done before another thread has begun.
+constexpr size_t fewestRanges = 8;
 
 std::vector<RowRange> rangesOf(size_t rows)
 {
-    const size_t wanted = size_t(std::max(QThread::idealThreadCount(), 1)) * rangesPerThread;
-    const size_t words = rows / RowSet::bitsInWord / wanted + 1;
-    const size_t step = std::max(words * RowSet::bitsInWord, fewestRows);
     std::vector<RowRange> ranges;
-    for (size_t begin = 0; begin < rows; begin += step)
-        ranges.push_back({ begin, std::min(begin + step, rows) });
+    for (size_t begin = 0; begin < rows; begin += rowsPerRange)
+        ranges.push_back({ begin, std::min(begin + rowsPerRange, rows) });
     return ranges;
 }
 
@@ -33,8 +30,8 @@ std::vector<RowRange> rangesOf(size_t rows)
 void forEachRowRange(size_t rows, const std::function<void(const RowRange&)>& visit)
 {
     const std::vector<RowRange> ranges = rangesOf(rows);
-    if (ranges.size() == 1)
-        visit(ranges.front());
+    if (ranges.size() < fewestRanges)
+        std::for_each(ranges.begin(), ranges.end(), visit);
     else
         QtConcurrent::blockingMap(ranges, visit);
 }

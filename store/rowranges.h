@@ -11,6 +11,7 @@ struct RowRange
     size_t end = 0;
 };
 
-/// Calls `visit` with ranges that make up all rows, in no order: many rows at once on all processors. Each range begins
-/// at a multiple of `RowSet::bitsInWord`. Returns when all calls have; they must not throw. Thread: any.
+/// Calls `visit` with ranges that make up all rows, in no order: many of them at once on all processors. Each range
+/// begins at a multiple of `RowSet::bitsInWord`, and ends at one or with the rows. Returns when all calls have; they
+/// must not throw. Thread: any.
 void forEachRowRange(size_t rows, const std::function<void(const RowRange&)>& visit);

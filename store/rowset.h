@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "store/rowranges.h"
+
 #include <QtAlgorithms>
 
 #include <vector>
 
-/// A set of row numbers (from 0) of one table, one bit a row. Thread: a value; but threads may insert at once where the
-/// rows of each lie in words of its own.
+/// A set of row numbers (from 0) of one table, one bit a row. Thread: a value; but threads may insert and remove at
+/// once where the rows of each lie in words of its own.
 class RowSet final
 {
 public:
@@ -33,42 +35,56 @@ public:
         insert(m_size++);
     }
 
-    int count() const
+    int count() const { return count({ 0, m_size }); }
+    /// Of a range, which here and below begins at a multiple of `bitsInWord` and ends at one or with the set.
+    int count(const RowRange& range) const
     {
         uint count = 0;
-        for (const quint64 word : m_words)
-            count += qPopulationCount(word);
+        forEachWord(range, [&](size_t i) { count += qPopulationCount(m_words[i]); });
         return int(count);
+    }
+    void clear(const RowRange& range)
+    {
+        forEachWord(range, [&](size_t i) { m_words[i] = 0; });
     }
 
     /// Keeps what is in both sets. The sizes are the same, as below.
-    void intersect(const RowSet& other)
+    void intersect(const RowSet& other) { intersect(other, { 0, m_size }); }
+    void intersect(const RowSet& other, const RowRange& range)
     {
-        for (size_t i = 0; i < m_words.size(); ++i)
-            m_words[i] &= other.m_words[i];
+        forEachWord(range, [&](size_t i) { m_words[i] &= other.m_words[i]; });
     }
     void unite(const RowSet& other)
     {
-        for (size_t i = 0; i < m_words.size(); ++i)
-            m_words[i] |= other.m_words[i];
+        forEachWord({ 0, m_size }, [&](size_t i) { m_words[i] |= other.m_words[i]; });
     }
-    void subtract(const RowSet& other)
+    void subtract(const RowSet& other, const RowRange& range)
     {
-        for (size_t i = 0; i < m_words.size(); ++i)
-            m_words[i] &= ~other.m_words[i];
+        forEachWord(range, [&](size_t i) { m_words[i] &= ~other.m_words[i]; });
     }
 
     /// Calls `visit` with each row of the set, in ascending order; the row may be removed meanwhile.
     template <typename Visitor>
     void forEach(const Visitor& visit) const
     {
-        for (size_t i = 0; i < m_words.size(); ++i) {
+        forEach({ 0, m_size }, visit);
+    }
+    template <typename Visitor>
+    void forEach(const RowRange& range, const Visitor& visit) const
+    {
+        forEachWord(range, [&](size_t i) {
             for (quint64 word = m_words[i]; word != 0; word &= word - 1)
                 visit(i * bitsInWord + qCountTrailingZeroBits(word));
-        }
+        });
     }
 
 private:
+    template <typename Visitor>
+    static void forEachWord(const RowRange& range, const Visitor& visit)
+    {
+        for (size_t i = range.begin / bitsInWord; i * bitsInWord < range.end; ++i)
+            visit(i);
+    }
     static quint64 bit(size_t row) { return Q_UINT64_C(1) << (row % bitsInWord); }
 
     std::vector<quint64> m_words;

@@ -26,8 +26,9 @@ void RowRangesTest::rangesMakeUpAllRows_data()
     QTest::newRow("none") << 0;
     QTest::newRow("one") << 1;
     QTest::newRow("few") << 1000;
-    QTest::newRow("as many as one thread takes") << 32 * 1024;
-    QTest::newRow("one more") << 32 * 1024 + 1;
+    QTest::newRow("one range") << 4 * 1024;
+    QTest::newRow("one more row") << 4 * 1024 + 1;
+    QTest::newRow("the most for one thread") << 7 * 4 * 1024;
     QTest::newRow("many") << 1234567;
 }
 
