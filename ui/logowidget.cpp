@@ -11,7 +11,12 @@ namespace {
 
 constexpr int preferredHeight = 24;
 
+QSize preferredSize(const QPixmap& picture)
+{
+    return picture.size().scaled(INT_MAX, preferredHeight, Qt::KeepAspectRatio);
 }
+
+} // namespace
 
 LogoWidget::LogoWidget(QWidget* parent)
     : QWidget(parent)
@@ -20,13 +25,13 @@ LogoWidget::LogoWidget(QWidget* parent)
     setCursor(Qt::PointingHandCursor);
     setAccessibleName(tr("Vellumcast"));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    resize(sizeHint());
+    resize(preferredSize(m_picture));
     scalePicture();
 }
 
 QSize LogoWidget::sizeHint() const
 {
-    return m_picture.size().scaled(INT_MAX, preferredHeight, Qt::KeepAspectRatio);
+    return preferredSize(m_picture);
 }
 
 void LogoWidget::scalePicture()
