@@ -3,6 +3,7 @@
 // and what a whole scan costs beside reading. Processor time per file of the generated library.
 
 #include "bench/benchcorpus.h"
+#include "bench/benchmpd.h"
 #include "bench/benchratio.h"
 #include "bench/benchscanner.h"
 #include "scan/metadatareader.h"
@@ -18,7 +19,7 @@
 #include <array>
 #include <cstdio>
 #include <fcntl.h>
-#include <memory>
+#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -30,7 +31,6 @@ extern "C" {
 namespace {
 
 constexpr int rounds = 5;
-constexpr int tableId = 1;
 
 void readBytes(const QByteArray& path)
 {
@@ -100,6 +100,22 @@ void compareReaders()
     BenchRatio::print("reading a file, beside 64 KiB of its bytes", "us a file", own, bytes, 100);
 }
 
+// The scan's microseconds a file, of all processors and as they pass.
+void compareWithMpd(double processorTime, double passedTime)
+{
+    const std::optional<MpdScan> mpd = scanWithMpd(BenchCorpus::folder());
+    if (!mpd) {
+        std::puts("mpd is not installed, and was not compared with.");
+        return;
+    }
+    const double toMicroseconds = 1e6 / BenchCorpus::files().size();
+    BenchRatio::print(
+        "scan into an empty table, beside mpd", "us a file", processorTime, mpd->processorTime * toMicroseconds, 0.35);
+    BenchRatio::print(
+        "the same as time passes, beside mpd", "us a file", passedTime, mpd->passedTime * toMicroseconds, 0.2);
+    std::printf("mpd took up %d of %d files.\n", mpd->songs, BenchCorpus::files().size());
+}
+
 void compareScans()
 {
     BenchScanner scanner;
@@ -118,6 +134,7 @@ void compareScans()
     BenchRatio::print("scan into an empty table, beside reading alone", "us a file", empty, read, 2);
     BenchRatio::print("scan of a known folder, beside reading alone", "us a file", again, read, 2);
     std::printf("scan into an empty table: %.0f files a second\n", files / passed * 1e6);
+    compareWithMpd(empty, passed / files);
 }
 
 } // namespace
