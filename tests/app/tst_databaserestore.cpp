@@ -275,6 +275,11 @@ void DatabaseRestoreTest::folderClosedAfterTheCopyChangesNothing()
 void DatabaseRestoreTest::fullDiskChangesNothing()
 {
     const qint64 size = QFileInfo(m_store->filePath()).size();
+    // Too large even where no disk can be mounted and only the size of each file is limited.
+    const QString largeBackup = m_folder->filePath(QStringLiteral("large.dat"));
+    QVERIFY(QFile::copy(backupFile(), largeBackup));
+    TestSupport::firstValue(
+        largeBackup, QStringLiteral("INSERT INTO Settings VALUES('ballast', zeroblob(%1))").arg(size));
     const SmallDisk disk(size + size / 2);
     const QString file = disk.filePath(QStringLiteral("VellumcastDB.dat"));
     QVERIFY(QFile::copy(m_store->filePath(), file));
@@ -283,7 +288,7 @@ void DatabaseRestoreTest::fullDiskChangesNothing()
     QVERIFY(database.open());
     DatabaseRestore restore(database);
 
-    const auto reply = TestSupport::await(restore.start(backupFile()));
+    const auto reply = TestSupport::await(restore.start(largeBackup));
 
     QVERIFY2(reply->errorString().startsWith(QStringLiteral("Unable to write target file: ") + file),
         qPrintable(reply->errorString()));
