@@ -10,7 +10,6 @@
 #include "browse/metadatamodel.h"
 #include "ui/settings.h"
 #include "ui/warrantydisclaimerdialog.h"
-#include "ui/whitebutton.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -23,19 +22,12 @@
 #include <QStandardPaths>
 #include <QVBoxLayout>
 
-#include <algorithm>
-#include <cmath>
-
 namespace {
 
 constexpr int requeryDelay = 20; // milliseconds
 constexpr int stateSaveDelay = 1000; // milliseconds
 constexpr int busySpriteSize = 20; // pixels
 constexpr int busySpriteRate = 12; // frames per second
-constexpr int narrowingBesideLogo = 10; // of a record button, in device-independent pixels
-constexpr int gapBeforeLogo = 6; // device-independent pixels, beside the row's spacing
-constexpr int roomBesideLookup = 48; // device-independent pixels, for the icons
-constexpr int longestWholeCount = 1000000; // a count of no more digits is never cut off
 
 } // namespace
 
@@ -83,81 +75,17 @@ bool MainWindow::isDatabaseOpened() const
     return database()->isOpened();
 }
 
-QSize MainWindow::preferredSize() const
-{
-    constexpr QSize initialSize(1263, 444);
-    // On scaled screens a window may come out a pixel or two smaller than asked for.
-    constexpr int spare = 8;
-    const int width = m_widthForAll - recordButtons().size() * narrowingBesideLogo + spare;
-    return initialSize.expandedTo(QSize(width, minimumSizeHint().height()));
-}
-
 void MainWindow::buildInterface()
 {
     m_ui->setupUi(this);
-    const QString count = tr("Found Records: %1").arg(longestWholeCount);
-    m_ui->rowCountersLabel->setMinimumWidth(m_ui->rowCountersLabel->fontMetrics().horizontalAdvance(count));
-    QLineEdit* lookup = m_ui->lookupEdit;
-    lookup->setMinimumWidth(lookup->fontMetrics().horizontalAdvance(lookup->placeholderText()) + roomBesideLookup);
     m_ui->fileMenu->insertSeparator(m_ui->quitAction);
     m_ui->openTableAction->setMenu(m_openTableMenu);
     m_ui->columnsAction->setMenu(m_ui->metaDataView->columnsMenu());
     connect(m_ui->quitAction, &QAction::triggered, this, &QWidget::close);
     connect(m_ui->filePathLookupAction, &QAction::toggled, m_ui->metaDataView, &MetaDataView::setFilePathLookupEnabled);
+    fitTexts();
     measurePanel();
     setPreparedCentralWidget(takeCentralWidget(), m_ui->metaDataView);
-}
-
-void MainWindow::measurePanel()
-{
-    const int selection = m_ui->rowCountersLabel->fontMetrics().horizontalAdvance(tr(" (%1 selected)").arg(1));
-    const int widthWithLogo = smallestPanelWidth();
-    m_widthForAll = widthWithLogo + selection;
-    setLogoVisible(false);
-    m_widthOfLogo = widthWithLogo - smallestPanelWidth();
-    narrowRecordButtons(WhiteButton::mostNarrowing);
-    // The layout alone would not let the window become narrower than what is shown just then.
-    setMinimumWidth(smallestPanelWidth());
-    fitPanel(width());
-}
-
-int MainWindow::smallestPanelWidth() const
-{
-    const QMargins margins = m_ui->topPanelLayout->contentsMargins();
-    return margins.left() + margins.right()
-        + std::max(m_ui->upperWidget->minimumSizeHint().width(), m_ui->lowerWidget->minimumSizeHint().width());
-}
-
-// A narrow window goes without some room beside the buttons' texts, then without the word mark, which is also in the
-// menu.
-void MainWindow::fitPanel(int width)
-{
-    const int missing = m_widthForAll - width;
-    const bool hasLogo = missing <= recordButtons().size() * narrowingBesideLogo;
-    setLogoVisible(hasLogo);
-    narrowRecordButtons(int(std::ceil(double(hasLogo ? missing : missing - m_widthOfLogo) / recordButtons().size())));
-}
-
-void MainWindow::setLogoVisible(bool isVisible)
-{
-    if (isVisible == !m_ui->logoWidget->isHidden())
-        return;
-    m_ui->logoWidget->setVisible(isVisible);
-    m_ui->logoSpacer->changeSize(isVisible ? gapBeforeLogo : 0, 0, QSizePolicy::Fixed);
-    m_ui->lowerWidgetLayout->invalidate();
-}
-
-QVector<WhiteButton*> MainWindow::recordButtons() const
-{
-    return { m_ui->showInfoButton, m_ui->revealInSystemFileManager, m_ui->copyToWorkFolderButton,
-        m_ui->addToPlaylistButton, m_ui->removeFromPlaylistButton };
-}
-
-void MainWindow::narrowRecordButtons(int narrowing)
-{
-    const QVector<WhiteButton*> buttons = recordButtons();
-    for (WhiteButton* button : buttons)
-        button->setNarrowing(narrowing);
 }
 
 void MainWindow::buildRecordMenu()
@@ -324,12 +252,6 @@ void MainWindow::showWarrantyDisclaimerDialog()
         settings.setValue(key, true);
     else
         QCoreApplication::quit();
-}
-
-void MainWindow::resizeEvent(QResizeEvent* event)
-{
-    fitPanel(event->size().width());
-    AdvancedWindow::resizeEvent(event);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

@@ -113,6 +113,7 @@ private slots:
 
 private:
     void buildInterface();
+    void fitTexts();
     void measurePanel();
     int smallestPanelWidth() const;
     void fitPanel(int width);
