@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSettings>
 #include <QSlider>
 #include <QSqlDatabase>
@@ -338,7 +339,11 @@ void MainWindowTest::stateSurvivesARestart()
     fixture.view().columnsMenu()->actions().at(MetaDataModel::DurationColumn)->trigger();
     fixture.view().sortByColumn(MetaDataModel::RatingColumn, Qt::DescendingOrder);
     fixture.window().resize(1300, 500);
-    QTRY_COMPARE(fixture.window().size(), QSize(1300, 500));
+    // It is saved some time after the last change: the window manager, too, has settled then.
+    const QSize screen = fixture.window().screen()->size();
+    const QByteArray sizeKey
+        = QStringLiteral("size%1x%2").arg(QString::number(screen.width()), QString::number(screen.height())).toLatin1();
+    QTRY_COMPARE(storedValue(fixture, sizeKey.constData()).toSize(), QSize(1300, 500));
 
     fixture.close();
     fixture.start();
