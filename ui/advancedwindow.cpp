@@ -110,19 +110,19 @@ void AdvancedWindow::announceShowed()
         return;
     m_isAnnounced = true;
     placeFrame();
-    QMetaObject::invokeMethod(this, &AdvancedWindow::showed, Qt::QueuedConnection);
 }
 
 // Before the window had a frame, its position did not count it: the window would creep up with every start. While the
 // window manager frames it, the position known here may also be one inside the frame, so it is looked at again.
 void AdvancedWindow::placeFrame()
 {
-    if (isMaximized() || m_placingsLeft == 0)
-        return;
-    --m_placingsLeft;
     const QPoint wanted = m_restoredPosition.value_or(centredFramePosition());
-    if (pos() == wanted)
+    if (isMaximized() || m_placingsLeft == 0 || pos() == wanted) {
+        // From now on nothing moves the window but the user: a move would also ask for the size that is known here.
+        QMetaObject::invokeMethod(this, &AdvancedWindow::showed, Qt::QueuedConnection);
         return;
+    }
+    --m_placingsLeft;
     move(wanted);
     QTimer::singleShot(placingDelay, this, &AdvancedWindow::placeFrame);
 }
