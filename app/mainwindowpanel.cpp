@@ -4,6 +4,8 @@
 
 #include "ui_mainwindow.h"
 
+#include "ui/whitebutton.h"
+
 #include <QResizeEvent>
 
 #include <algorithm>

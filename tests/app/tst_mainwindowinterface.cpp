@@ -78,6 +78,7 @@ private slots:
     void nothingIsClippedOrOverlaps_data();
     void nothingIsClippedOrOverlaps();
     void countIsWholeInTheSmallestWindow();
+    void selectedCountIsWholeInTheFirstWindow();
     void narrowWindowKeepsTheButtonsAndGoesWithoutTheWordMark();
     void longCountersDoNotWidenTheWindow();
     void tabWalksFromTheTableThroughTheRowsAndBack();
@@ -387,6 +388,18 @@ void MainWindowInterfaceTest::countIsWholeInTheSmallestWindow()
     const int width = label->fontMetrics().horizontalAdvance(QStringLiteral("Found Records: 1000000"));
 
     QVERIFY2(label->minimumWidth() >= width, qPrintable(QString::number(label->minimumWidth())));
+}
+
+void MainWindowInterfaceTest::selectedCountIsWholeInTheFirstWindow()
+{
+    auto* label = m_fixture->child<QLabel>("rowCountersLabel");
+    const QString text = label->text();
+
+    label->setText(QStringLiteral("Found Records: 1000000 (1 selected)"));
+
+    QTRY_VERIFY(label->width() >= label->fontMetrics().horizontalAdvance(label->text()));
+    QVERIFY(m_fixture->child<QWidget>("logoWidget")->isVisible());
+    label->setText(text);
 }
 
 void MainWindowInterfaceTest::narrowWindowKeepsTheButtonsAndGoesWithoutTheWordMark()
