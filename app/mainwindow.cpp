@@ -263,6 +263,8 @@ void MainWindow::closeEvent(QCloseEvent* event)
 
 void MainWindow::endSession()
 {
+    // Closing the store waits in an event loop: a window that ends right after its start asks nothing any more.
+    disconnect(this, &AdvancedWindow::showed, this, nullptr);
     resetAudioPlayer();
     if (!m_session || !m_session->isRunning())
         return;

@@ -93,6 +93,8 @@ private slots:
     void destroyingWithoutClosingEndsTheStore();
     void acceptedDisclaimerIsRemembered();
     void rejectedDisclaimerQuits();
+    void windowThatEndsAtOnceAsksNothing_data();
+    void windowThatEndsAtOnceAsksNothing();
     void damagedDatabaseIsAskedAbout();
     void declinedQuestionLeavesTheDatabaseClosed();
     void acceptedQuestionMovesTheFileAway();
@@ -486,6 +488,35 @@ void MainWindowTest::rejectedDisclaimerQuits()
     QCOMPARE(QApplication::exec(), 0);
 
     QVERIFY(!settings.value(QStringLiteral("accepted")).toBool());
+}
+
+void MainWindowTest::windowThatEndsAtOnceAsksNothing_data()
+{
+    QTest::addColumn<bool>("isClosedFirst");
+    QTest::newRow("closed by the user") << true;
+    QTest::newRow("destroyed when the application quits") << false;
+}
+
+void MainWindowTest::windowThatEndsAtOnceAsksNothing()
+{
+    QFETCH(bool, isClosedFirst);
+    WindowFixture fixture;
+    Settings(QStringLiteral("WarrantyDisclaimer")).setValue(QStringLiteral("accepted"), false);
+    auto window = std::make_unique<MainWindow>();
+    bool isAsked = false;
+    QObject context;
+    whenModal<WarrantyDisclaimerDialog>(&context, [&isAsked](WarrantyDisclaimerDialog& dialog) {
+        isAsked = true;
+        dialog.accept();
+    });
+    // It is on its way when the end begins; the store's closing delivers it.
+    QMetaObject::invokeMethod(window.get(), &AdvancedWindow::showed, Qt::QueuedConnection);
+
+    if (isClosedFirst)
+        window->close();
+    window.reset();
+
+    QVERIFY(!isAsked);
 }
 
 void MainWindowTest::damagedDatabaseIsAskedAbout()
