@@ -38,10 +38,13 @@ TerminationSignals::TerminationSignals()
     if (pipe2(wakeUpPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0)
         return;
     m_notifier = std::make_unique<QSocketNotifier>(wakeUpPipe[0], QSocketNotifier::Read);
-    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(), [this] {
+    // The byte stays unread: a quit during the start, when only a wait's event loop runs, is forgotten by the main loop
+    // that begins after it.
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, &QCoreApplication::quit);
+    const auto finishQuitting = [this] {
         m_notifier->setEnabled(false);
-        QCoreApplication::quit();
-    });
+    };
+    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, m_notifier.get(), finishQuitting);
     setHandler(wakeUp);
 }
 
