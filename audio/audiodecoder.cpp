@@ -247,6 +247,12 @@ bool AudioDecoder::seek(double seconds)
     return true;
 }
 
+void AudioDecoder::prepareSeek(std::chrono::milliseconds time)
+{
+    if (isOpen())
+        m_input.prepareSeek(time);
+}
+
 qint64 AudioDecoder::firstTimestampToDecode(qint64 wantedFrame) const
 {
     const qint64 sample = firstSampleToConvert(wantedFrame, m_output.sampleRate, m_sourceRate);

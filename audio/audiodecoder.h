@@ -8,6 +8,8 @@
 #include <QMap>
 #include <QString>
 
+#include <chrono>
+
 /// Decodes the first audio stream of one file into interleaved samples of a chosen format, from any position on.
 ///
 /// Every frame of the stream is delivered once: 1 s of sound gives exactly as many frames as the output rate says.
@@ -37,6 +39,8 @@ public:
     QByteArray decode(int maxBytes);
     /// Continues from this position, in seconds from the start of the sound; positions outside of it mean its ends.
     bool seek(double seconds);
+    /// Spends some time on making a later seek quick, without changing what comes next; to be called now and then.
+    void prepareSeek(std::chrono::milliseconds time);
     void close();
     /// Makes a `decode()` that runs in another thread see the end of the file. To be called by the thread that opens
     /// and closes; what it does is undone by closing only.

@@ -8,6 +8,7 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <limits>
 
@@ -20,6 +21,9 @@ constexpr int signed32Bit = 2;
 // Bytes: what is decoded at once, and what is left when more is asked for.
 constexpr int chunkSize = 307200;
 constexpr int lowMark = 102400;
+
+// Out of each 0.4 s: a slow disk is hardly kept busy by it, and from a fast one a file of an hour takes two of these.
+constexpr std::chrono::milliseconds seekPreparation(10);
 
 } // namespace
 
@@ -154,7 +158,10 @@ void AudioSource::decodeNextChunkAsync()
         return chunk.isFinished();
     };
     m_chunks.erase(std::remove_if(m_chunks.begin(), m_chunks.end(), isFinished), m_chunks.end());
-    m_chunks.append(QtConcurrent::run([this] { decodeNextChunk(); }));
+    m_chunks.append(QtConcurrent::run([this] {
+        decodeNextChunk();
+        prepareSeek();
+    }));
 }
 
 void AudioSource::decodeNextChunk()
@@ -165,4 +172,10 @@ void AudioSource::decodeNextChunk()
         return;
     m_buffer.append(m_decoder.decode(chunkSize));
     QMetaObject::invokeMethod(this, &AudioSource::readyRead, Qt::QueuedConnection);
+}
+
+void AudioSource::prepareSeek()
+{
+    const QMutexLocker locker(&m_mutex);
+    m_decoder.prepareSeek(seekPreparation);
 }

@@ -118,11 +118,24 @@ bool MediaInput::seek(qint64 timestamp)
     return true;
 }
 
-qint64 MediaInput::seekStart(qint64 timestamp)
+void MediaInput::prepareSeek(std::chrono::milliseconds time)
+{
+    if (MpegSeekIndex* index = seekIndex())
+        index->lookAhead(time);
+}
+
+// Null where FFmpeg finds its places by itself.
+MpegSeekIndex* MediaInput::seekIndex()
 {
     if (!m_seekIndex && formatName() == QLatin1String("mp3"))
         m_seekIndex = std::make_unique<MpegSeekIndex>(*m_file, *m_format, *stream());
-    if (const std::optional<qint64> start = m_seekIndex ? m_seekIndex->startFor(timestamp) : std::nullopt)
+    return m_seekIndex.get();
+}
+
+qint64 MediaInput::seekStart(qint64 timestamp)
+{
+    MpegSeekIndex* index = seekIndex();
+    if (const std::optional<qint64> start = index ? index->startFor(timestamp) : std::nullopt)
         return *start;
     const qint64 lead = av_rescale_q(seekLead, AVRational{ 1, 1000 }, stream()->time_base);
     const qint64 startTime = stream()->start_time == AV_NOPTS_VALUE ? 0 : stream()->start_time;

@@ -7,6 +7,8 @@
 #include <QString>
 #include <QVector>
 
+#include <chrono>
+
 class InputFile;
 class MpegSeekIndex;
 struct AVStream;
@@ -50,6 +52,10 @@ public:
     /// open input.
     bool seek(qint64 timestamp);
 
+    /// Spends some time on learning where a later seek has to go, without changing what is read next; to be called now
+    /// and then while a file is decoded. Needs an open input.
+    void prepareSeek(std::chrono::milliseconds time);
+
     bool isOpen() const;
     Failure failure() const { return m_failure; }
     /// FFmpeg's text for the failed step; empty where the step has no error code of FFmpeg.
@@ -87,6 +93,7 @@ private:
     bool mayBeDisguised() const;
     bool isKnownFromHeader() const;
     bool openDecoder();
+    MpegSeekIndex* seekIndex();
     qint64 seekStart(qint64 timestamp);
     bool fail(Failure failure, int errorCode = 0);
 
@@ -94,7 +101,7 @@ private:
     std::unique_ptr<InputFile> m_file;
     FormatContextPointer m_format;
     CodecContextPointer m_codec;
-    // Of MPEG audio, from the first seek on.
+    // Of MPEG audio, from the first seek, or preparation of one, on.
     std::unique_ptr<MpegSeekIndex> m_seekIndex;
     int m_streamIndex = -1;
     // How the open file was opened; a format that was not forced is always examined in full.

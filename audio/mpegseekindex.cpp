@@ -3,6 +3,8 @@
 
 #include "audio/inputfile.h"
 
+#include <QDeadlineTimer>
+
 #include <algorithm>
 
 extern "C" {
@@ -63,6 +65,18 @@ std::optional<qint64> MpegSeekIndex::startFor(qint64 timestamp)
     return isWalked(sample) ? std::optional(timestampOf(start.sample)) : std::nullopt;
 }
 
+void MpegSeekIndex::lookAhead(std::chrono::milliseconds time)
+{
+    if ((!m_hasBegun && !knowsFirstPackets()) || !begin())
+        return;
+    const QDeadlineTimer deadline(time);
+    bool isGoingOn = true;
+    while (isGoingOn && !deadline.hasExpired()) {
+        for (int frame = 0; isGoingOn && frame < framesPerPlace; ++frame)
+            isGoingOn = step();
+    }
+}
+
 bool MpegSeekIndex::begin()
 {
     if (!m_hasBegun) {
@@ -75,7 +89,7 @@ bool MpegSeekIndex::begin()
 
 bool MpegSeekIndex::beginAtKnownPackets()
 {
-    if (avformat_index_get_entries_count(m_stream) <= knownPackets) {
+    if (!knowsFirstPackets()) {
         const qint64 later = av_rescale_q(secondsOfKnownPackets, AVRational{ 1, 1 }, m_stream->time_base);
         av_seek_frame(m_format, m_stream->index, later, AVSEEK_FLAG_BACKWARD);
     }
@@ -95,6 +109,11 @@ bool MpegSeekIndex::beginAtKnownPackets()
     return meetsKnownPackets(trial);
 }
 
+bool MpegSeekIndex::knowsFirstPackets() const
+{
+    return avformat_index_get_entries_count(m_stream) > knownPackets;
+}
+
 bool MpegSeekIndex::meetsKnownPackets(MpegFrameWalk& walk) const
 {
     for (int index = 1; index <= knownPackets; ++index) {
@@ -110,12 +129,19 @@ bool MpegSeekIndex::meetsKnownPackets(MpegFrameWalk& walk) const
 
 void MpegSeekIndex::walkTo(qint64 sample)
 {
-    while (!isWalked(sample) && m_walk->next()) {
-        if (++m_framesSincePlace == framesPerPlace) {
-            m_places.push_back(m_walk->frame());
-            m_framesSincePlace = 0;
-        }
+    while (!isWalked(sample) && step()) { }
+}
+
+// To the next frame; false at the end of the walk.
+bool MpegSeekIndex::step()
+{
+    if (!m_walk->next())
+        return false;
+    if (++m_framesSincePlace == framesPerPlace) {
+        m_places.push_back(m_walk->frame());
+        m_framesSincePlace = 0;
     }
+    return true;
 }
 
 bool MpegSeekIndex::isWalked(qint64 sample) const

@@ -3,6 +3,7 @@
 
 #include "audio/mpegframewalk.h"
 
+#include <chrono>
 #include <optional>
 #include <vector>
 
@@ -29,6 +30,10 @@ public:
     /// The time stamp to seek to, so that all samples from this one on are decoded as without a seek; nothing where
     /// only FFmpeg itself finds the place. FFmpeg's position may be changed.
     std::optional<qint64> startFor(qint64 timestamp);
+    /// Follows the headers for so long while the stream is read from its beginning, and goes on where it stopped, so
+    /// that a later seek has less to follow, or nothing. FFmpeg's position stays. Returns at once when the first
+    /// packets have not been read yet.
+    void lookAhead(std::chrono::milliseconds time);
 
 private:
     using Frame = MpegFrameWalk::Frame;
@@ -37,7 +42,9 @@ private:
     bool begin();
     bool beginAtKnownPackets();
     bool meetsKnownPackets(MpegFrameWalk& walk) const;
+    bool knowsFirstPackets() const;
     void walkTo(qint64 sample);
+    bool step();
     bool isWalked(qint64 sample) const;
     Frames framesUpTo(qint64 sample) const;
     Frames framesFrom(const Frame& place, qint64 sample) const;

@@ -16,6 +16,7 @@ namespace {
 
 constexpr int rounds = 30;
 constexpr int chunkSize = 307200; // bytes
+constexpr std::chrono::milliseconds seekPreparation(10); // for each chunk, as in playing
 constexpr double shortSeconds = 30;
 constexpr double longSeconds = 3600;
 
@@ -68,6 +69,7 @@ double openingTime(const QString& path)
 enum class Place
 {
     Unknown, // in a file that was just opened
+    Prepared, // in one that was listened to for two chunks
     Passed // before one that was sought already
 };
 
@@ -77,6 +79,10 @@ double seekTime(const QString& path, Place place)
     for (int round = 0; round < rounds / 3; ++round) {
         const auto decoder = opened(path);
         decoder->decode(chunkSize);
+        for (int chunk = 0; place == Place::Prepared && chunk < 2; ++chunk) {
+            decoder->decode(chunkSize);
+            decoder->prepareSeek(seekPreparation);
+        }
         if (place == Place::Passed)
             decoder->seek(longSeconds * 0.95);
         const double time = BenchRatio::processorTime(1, [&]() {
@@ -106,6 +112,8 @@ int main(int argumentsCount, char** arguments)
         const QString path = makeFile(folder, formats.at(index), longSeconds);
         BenchRatio::print(QStringLiteral("far seek to the first chunk: %1").arg(formats.at(index).name), "us",
             seekTime(path, Place::Unknown), wave, 3);
+        BenchRatio::print(QStringLiteral("the same after 0.8 s of playing: %1").arg(formats.at(index).name), "us",
+            seekTime(path, Place::Prepared), wave, 3);
         BenchRatio::print(QStringLiteral("the same to a passed place: %1").arg(formats.at(index).name), "us",
             seekTime(path, Place::Passed), wave, 3);
     }

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <chrono>
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -21,6 +23,9 @@ namespace {
 constexpr qint64 timePerFrame = 368640; // 1152 samples at 44.1 kHz, in the time base of such files
 constexpr int manyFrames = 20000; // 8 MB, more than 8 minutes
 constexpr qint64 fewBytes = 512 * 1024;
+
+// More than it takes to follow all headers of these files.
+constexpr std::chrono::minutes ampleTime(1);
 
 struct PacketPlace
 {
@@ -101,6 +106,10 @@ private slots:
     void seekComesToAPacketOfTheFile();
     void seekIsFollowedByTheSamePackets_data() { addFiles(); }
     void seekIsFollowedByTheSamePackets();
+    void preparationLeavesTheReadingAsItIs_data() { addFiles(); }
+    void preparationLeavesTheReadingAsItIs();
+    void preparedSeekFollowsTheHeadersNoMore();
+    void preparationBeforeTheFirstPacketsDoesNothing();
     void farSeekReadsLittleThroughFfmpeg();
     void seekAfterLongReadingReadsLittle();
     void endIsReachedByReadingLittle();
@@ -168,6 +177,60 @@ void MpegSeekIndexTest::seekIsFollowedByTheSamePackets()
         QVERIFY2(first >= 0, qPrintable(QString::number(part)));
         QVERIFY2(packets == expected.mid(first, 150), qPrintable(QString::number(part)));
     }
+}
+
+void MpegSeekIndexTest::preparationLeavesTheReadingAsItIs()
+{
+    QFETCH(QByteArray, contents);
+    const QString path = write(contents);
+    const QVector<PacketPlace> expected = allPackets(path);
+    MediaInput input;
+    QVERIFY(input.open(path));
+
+    // In the middle of the reading, at its end, and by and by.
+    QVector<PacketPlace> packets;
+    for (const int count : { 3, 20, 100, 1000 }) {
+        packets += readPackets(input, count);
+        input.prepareSeek(ampleTime);
+    }
+
+    QCOMPARE(packets, expected);
+    QVERIFY(input.seek(expected.last().timestamp / 2));
+    const QVector<PacketPlace> packetsAfterSeek = readPackets(input, 1000);
+    QVERIFY(!packetsAfterSeek.isEmpty());
+    const int first = expected.indexOf(packetsAfterSeek.first());
+    QVERIFY(first >= 0);
+    QCOMPARE(packetsAfterSeek, expected.mid(first));
+}
+
+void MpegSeekIndexTest::preparedSeekFollowsTheHeadersNoMore()
+{
+    const QString path = write(frames(manyFrames));
+    MediaInput input;
+    QVERIFY(input.open(path));
+    readPackets(input, 20);
+    const qint64 before = input.formatContext()->pb->bytes_read;
+
+    input.prepareSeek(ampleTime);
+    // Who follows the headers now comes no farther, and FFmpeg would read on from there.
+    TestSupport::writeFile(path, frames(manyFrames).replace(5000 * frameSize, 100, QByteArray(100, 'x')));
+    QVERIFY(input.seek(19000 * timePerFrame));
+
+    const PacketPlace place = readPackets(input, 1).value(0);
+    QCOMPARE(place.offset, place.timestamp / timePerFrame * frameSize);
+    QVERIFY(place.timestamp > (19000 - 10) * timePerFrame);
+    QVERIFY(input.formatContext()->pb->bytes_read - before < fewBytes);
+}
+
+void MpegSeekIndexTest::preparationBeforeTheFirstPacketsDoesNothing()
+{
+    const QString path = write(frames(600));
+    MediaInput input;
+    QVERIFY(input.open(path));
+
+    input.prepareSeek(ampleTime);
+
+    QCOMPARE(readPackets(input, 1000), allPackets(path));
 }
 
 void MpegSeekIndexTest::farSeekReadsLittleThroughFfmpeg()
