@@ -299,66 +299,76 @@ RowIndex::Columns RowIndex::columns(const QStringList& fields) const
     return columns;
 }
 
-bool RowIndex::isWanted(const IndexedView::Term& term, const Columns& columns, size_t row)
+bool RowIndex::isWanted(const Search& search, size_t row)
 {
-    const bool isFound = std::any_of(
-        columns.begin(), columns.end(), [&](const FoldedText* column) { return column->isMatch(term.pattern, row); });
-    return isFound != term.isNegated;
+    const bool isFound = std::any_of(search.columns.begin(), search.columns.end(),
+        [&](const FoldedText* column) { return column->isMatch(search.term->pattern, row); });
+    return isFound != search.term->isNegated;
 }
 
-// How many of some hundred rows all over the table the term leaves.
-size_t RowIndex::sampledRows(const IndexedView::Term& term, const Columns& columns) const
+// Looks at some hundred rows all over the table.
+RowIndex::Search RowIndex::sampledSearch(const IndexedView::Term& term, const Columns& columns) const
 {
     constexpr size_t sampleSize = 400;
     const size_t step = m_ids.size() / sampleSize + 1;
-    size_t count = 0;
+    std::vector<std::pair<size_t, const FoldedText*>> counted;
+    for (const FoldedText* column : columns) {
+        size_t hits = 0;
+        for (size_t row = 0; row < m_ids.size(); row += step)
+            hits += column->isMatch(term.pattern, row) ? 1 : 0;
+        counted.emplace_back(hits, column);
+    }
+    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
+    Search search{ &term, {}, 0 };
+    for (const auto& entry : counted)
+        search.columns.push_back(entry.second);
     for (size_t row = 0; row < m_ids.size(); row += step)
-        count += isWanted(term, columns, row) ? 1 : 0;
-    return count;
+        search.sampledRows += isWanted(search, row) ? 1 : 0;
+    return search;
 }
 
 // Few rows are left for the other terms then, and each of them is looked at by itself.
-std::vector<const IndexedView::Term*> RowIndex::rarestFirst(const IndexedView& view, const Columns& columns) const
+std::vector<RowIndex::Search> RowIndex::rarestFirst(const IndexedView& view) const
 {
-    std::vector<std::pair<size_t, const IndexedView::Term*>> counted;
+    const Columns searched = columns(view.lookupFields);
+    std::vector<Search> searches;
     for (const IndexedView::Term& term : view.terms)
-        counted.emplace_back(view.terms.size() > 1 ? sampledRows(term, columns) : 0, &term);
-    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-    std::vector<const IndexedView::Term*> terms;
-    terms.reserve(counted.size());
-    for (const auto& entry : counted)
-        terms.push_back(entry.second);
-    return terms;
+        searches.push_back(sampledSearch(term, searched));
+    std::stable_sort(searches.begin(), searches.end(),
+        [](const Search& a, const Search& b) { return a.sampledRows < b.sampledRows; });
+    return searches;
 }
 
 void RowIndex::applyTerms(const IndexedView& view, RowSet& rows) const
 {
-    const Columns searched = columns(view.lookupFields);
-    const std::vector<const IndexedView::Term*> terms = rarestFirst(view, searched);
+    const std::vector<Search> searches = rarestFirst(view);
     RowSet hits(rows.size());
     // All words range by range: the texts of a range are in the processor's cache when the second word is searched.
     forEachRowRange(rows.size(), [&](const RowRange& range) {
-        for (const IndexedView::Term* term : terms)
-            applyTerm(*term, searched, range, rows, hits);
+        for (const Search& search : searches)
+            applyTerm(search, range, rows, hits);
     });
 }
 
 // Where few rows of the range are left each is looked at by itself, else the texts of the range are searched through.
-void RowIndex::applyTerm(
-    const IndexedView::Term& term, const Columns& columns, const RowRange& range, RowSet& rows, RowSet& hits)
+void RowIndex::applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits)
 {
     constexpr size_t fewRows = 24; // of so many
     if (size_t(rows.count(range)) * fewRows < range.end - range.begin) {
         rows.forEach(range, [&](size_t row) {
-            if (!isWanted(term, columns, row))
+            if (!isWanted(search, row))
                 rows.remove(row);
         });
         return;
     }
     hits.clear(range);
-    for (const FoldedText* column : columns)
-        column->find(term.pattern, range, hits);
-    if (term.isNegated)
+    for (const FoldedText* column : search.columns) {
+        column->find(search.term->pattern, range, hits);
+        // A word that is in every path need not be looked for in the descriptions.
+        if (hits.includes(rows, range))
+            break;
+    }
+    if (search.term->isNegated)
         rows.subtract(hits, range);
     else
         rows.intersect(hits, range);

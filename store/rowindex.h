@@ -62,6 +62,15 @@ public:
 private:
     using Columns = std::vector<const FoldedText*>;
 
+    /// A term, and the columns in which it is looked for, those with most hits first.
+    struct Search
+    {
+        const IndexedView::Term* term = nullptr;
+        Columns columns;
+        // How many of some hundred rows it leaves.
+        size_t sampledRows = 0;
+    };
+
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
     bool readRows(SqliteCursor& cursor, const QStringList& fields);
@@ -76,12 +85,11 @@ private:
 
     const RowSet* flaggedRows(const QString& flagsWhere);
     Columns columns(const QStringList& fields) const;
-    static bool isWanted(const IndexedView::Term& term, const Columns& columns, size_t row);
-    size_t sampledRows(const IndexedView::Term& term, const Columns& columns) const;
-    std::vector<const IndexedView::Term*> rarestFirst(const IndexedView& view, const Columns& columns) const;
+    static bool isWanted(const Search& search, size_t row);
+    Search sampledSearch(const IndexedView::Term& term, const Columns& columns) const;
+    std::vector<Search> rarestFirst(const IndexedView& view) const;
     void applyTerms(const IndexedView& view, RowSet& rows) const;
-    static void applyTerm(
-        const IndexedView::Term& term, const Columns& columns, const RowRange& range, RowSet& rows, RowSet& hits);
+    static void applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits);
 
     bool isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const;
     bool appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id);

@@ -63,6 +63,14 @@ public:
         forEachWord(range, [&](size_t i) { m_words[i] &= ~other.m_words[i]; });
     }
 
+    /// Whether all rows of the other set are in this one.
+    bool includes(const RowSet& other, const RowRange& range) const
+    {
+        quint64 missing = 0;
+        forEachWord(range, [&](size_t i) { missing |= other.m_words[i] & ~m_words[i]; });
+        return missing == 0;
+    }
+
     /// Calls `visit` with each row of the set, in ascending order; the row may be removed meanwhile.
     template <typename Visitor>
     void forEach(const Visitor& visit) const

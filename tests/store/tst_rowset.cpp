@@ -10,6 +10,7 @@ class RowSetTest : public QObject
 private slots:
     void rowsComeAndGo();
     void setsAreCombined();
+    void includedRowsAreThoseOfTheRangeOnly();
     void appendedRowsAreInTheSet();
     void rowsMayBeRemovedWhileTheyAreVisited();
 };
@@ -59,6 +60,17 @@ void RowSetTest::setsAreCombined()
     QVERIFY(rowsOf(both) == (std::vector<size_t>{ 1, 80 }));
     QVERIFY(rowsOf(either) == (std::vector<size_t>{ 1, 2, 70, 80 }));
     QVERIFY(rowsOf(rest) == std::vector<size_t>{ 2 });
+}
+
+void RowSetTest::includedRowsAreThoseOfTheRangeOnly()
+{
+    const RowSet set = setOf(200, { 3, 70, 130 });
+    const RowSet other = setOf(200, { 3, 131 });
+
+    QVERIFY(set.includes(other, { 0, 128 }));
+    QVERIFY(!set.includes(other, { 128, 200 }));
+    QVERIFY(!other.includes(set, { 64, 128 }));
+    QVERIFY(set.includes(set, { 0, 200 }));
 }
 
 void RowSetTest::appendedRowsAreInTheSet()
