@@ -299,31 +299,38 @@ RowIndex::Columns RowIndex::columns(const QStringList& fields) const
     return columns;
 }
 
-bool RowIndex::isWanted(const Search& search, size_t row)
+bool RowIndex::isFound(const Search& search, size_t row)
 {
-    const bool isFound = std::any_of(search.columns.begin(), search.columns.end(),
+    return std::any_of(search.columns.begin(), search.columns.end(),
         [&](const FoldedText* column) { return column->isMatch(search.term->pattern, row); });
-    return isFound != search.term->isNegated;
 }
 
 // Looks at some hundred rows all over the table.
 RowIndex::Search RowIndex::sampledSearch(const IndexedView::Term& term, const Columns& columns) const
 {
     constexpr size_t sampleSize = 400;
-    const size_t step = m_ids.size() / sampleSize + 1;
-    std::vector<std::pair<size_t, const FoldedText*>> counted;
+    constexpr size_t rowsPerLook = 5;
+    // To search a text through takes longer the more is found; a look ends sooner.
+    constexpr size_t rowsPerLookForFrequent = 2;
+    std::vector<size_t> sample;
+    for (size_t row = 0; row < m_ids.size(); row += m_ids.size() / sampleSize + 1)
+        sample.push_back(row);
+    std::vector<std::pair<std::ptrdiff_t, const FoldedText*>> counted;
     for (const FoldedText* column : columns) {
-        size_t hits = 0;
-        for (size_t row = 0; row < m_ids.size(); row += step)
-            hits += column->isMatch(term.pattern, row) ? 1 : 0;
-        counted.emplace_back(hits, column);
+        const auto isHit = [&](size_t row) {
+            return column->isMatch(term.pattern, row);
+        };
+        counted.emplace_back(std::count_if(sample.begin(), sample.end(), isHit), column);
     }
     std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
-    Search search{ &term, {}, 0 };
+    Search search{ &term, {}, 0, rowsPerLook };
     for (const auto& entry : counted)
         search.columns.push_back(entry.second);
-    for (size_t row = 0; row < m_ids.size(); row += step)
-        search.sampledRows += isWanted(search, row) ? 1 : 0;
+    const auto found
+        = size_t(std::count_if(sample.begin(), sample.end(), [&](size_t row) { return isFound(search, row); }));
+    search.sampledRows = term.isNegated ? sample.size() - found : found;
+    if (term.pattern.isPlain() && 2 * found > sample.size())
+        search.rowsPerLook = rowsPerLookForFrequent;
     return search;
 }
 
@@ -353,10 +360,9 @@ void RowIndex::applyTerms(const IndexedView& view, RowSet& rows) const
 // Where few rows of the range are left each is looked at by itself, else the texts of the range are searched through.
 void RowIndex::applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits)
 {
-    constexpr size_t fewRows = 24; // of so many
-    if (size_t(rows.count(range)) * fewRows < range.end - range.begin) {
+    if (size_t(rows.count(range)) * search.rowsPerLook < range.end - range.begin) {
         rows.forEach(range, [&](size_t row) {
-            if (!isWanted(search, row))
+            if (isFound(search, row) == search.term->isNegated)
                 rows.remove(row);
         });
         return;

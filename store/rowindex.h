@@ -69,6 +69,8 @@ private:
         Columns columns;
         // How many of some hundred rows it leaves.
         size_t sampledRows = 0;
+        // Of so many rows, at most one is left where it is quicker to look at each of these by itself.
+        size_t rowsPerLook = 0;
     };
 
     bool prepareTexts(const QStringList& fields);
@@ -85,7 +87,7 @@ private:
 
     const RowSet* flaggedRows(const QString& flagsWhere);
     Columns columns(const QStringList& fields) const;
-    static bool isWanted(const Search& search, size_t row);
+    static bool isFound(const Search& search, size_t row);
     Search sampledSearch(const IndexedView::Term& term, const Columns& columns) const;
     std::vector<Search> rarestFirst(const IndexedView& view) const;
     void applyTerms(const IndexedView& view, RowSet& rows) const;
