@@ -5,6 +5,7 @@
 #include "tests/scan/operationrecorder.h"
 #include "tests/scan/sidelock.h"
 #include "tests/support/storefixture.h"
+#include "tests/support/testsupport.h"
 
 #include <QtTest>
 
@@ -59,6 +60,8 @@ private slots:
     void refusedRecordsGiveWarningsAndAreCounted();
     void rowsThatAreNoRecordsAreRefused_data();
     void rowsThatAreNoRecordsAreRefused();
+    void valuesOfAnotherTypeBecomeTheRecords_data();
+    void valuesOfAnotherTypeBecomeTheRecords();
     void identityCanBeReplacedAsText();
     void onlyColumnsThatChangeAreWritten();
     void progressGoesInTenths();
@@ -308,6 +311,65 @@ void ReplaceOperationTest::rowsThatAreNoRecordsAreRefused()
     QCOMPARE(ended->result("replacementsCount").toInt(), 1);
     QCOMPARE(recorder.sortedWarnings(), QStringList{ "Database constraint violation: /a.wav" });
     QCOMPARE(descriptions(), QStringList{ "drum" });
+}
+
+void ReplaceOperationTest::valuesOfAnotherTypeBecomeTheRecords_data()
+{
+    QTest::addColumn<QString>("field");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("a blob for a text") << "comments"
+                                       << "x'6162'"
+                                       << "text ab";
+    QTest::newRow("an empty blob for a text") << "comments"
+                                              << "x''"
+                                              << "text ";
+    QTest::newRow("a missing text") << "comments"
+                                    << "NULL"
+                                    << "null ";
+    QTest::newRow("a number for a text") << "comments"
+                                         << "12"
+                                         << "text 12";
+    QTest::newRow("a text for a number") << "rating"
+                                         << "'high'"
+                                         << "real 0.0";
+    QTest::newRow("a blob for a number") << "rating"
+                                         << "x'61'"
+                                         << "real 0.0";
+    QTest::newRow("a missing number") << "rating"
+                                      << "NULL"
+                                      << "real 0.0";
+    QTest::newRow("a whole number for a number") << "rating"
+                                                 << "7"
+                                                 << "real 7.0";
+    QTest::newRow("a fraction for a whole number") << "playlist"
+                                                   << "2.25"
+                                                   << "integer 2";
+    QTest::newRow("a text for a whole number") << "playlist"
+                                               << "'yes'"
+                                               << "integer 0";
+    QTest::newRow("a missing whole number") << "playlist"
+                                            << "NULL"
+                                            << "integer 0";
+    QTest::newRow("the greatest whole number") << "playlist"
+                                               << "2147483647"
+                                               << "integer 2147483647";
+}
+
+// Another program may have written them; the row is read as a record and written again.
+void ReplaceOperationTest::valuesOfAnotherTypeBecomeTheRecords()
+{
+    QFETCH(QString, field);
+    QFETCH(QString, stored);
+    QFETCH(QString, expected);
+    m_store->insert(tableId, { recordOf("/a.wav", "drum") });
+    QCOMPARE(m_store->execute(QStringLiteral("UPDATE MetaData4 SET %1=%2").arg(field, stored)), QString());
+
+    replace({ "description" }, "drum", "perc");
+
+    QCOMPARE(descriptions(), QStringList{ "perc" });
+    const QString statement = QStringLiteral("SELECT typeof(%1) || ' ' || coalesce(%1, '') FROM MetaData4").arg(field);
+    QCOMPARE(TestSupport::firstValue(m_store->filePath(), statement).toString(), expected);
 }
 
 // The row's other fields go to the row of the new number.
