@@ -33,7 +33,6 @@ const QString findStatement = QStringLiteral("SELECT id FROM %1 WHERE filePath=:
 
 const QString idPlace = QStringLiteral(":id");
 const QString filePathPlace = QStringLiteral(":filePath");
-const QString searchedPathPlace = QStringLiteral(":searchedPath");
 const QString libraryPlace = QStringLiteral(":library");
 const QString scanTimestampPlace = QStringLiteral(":scanTimestamp");
 
@@ -76,9 +75,8 @@ QString eachField(const QString& pattern, const QString& separator)
 // compared as they are stored, so that a change of case or of null into empty is a change.
 const QString& touchUnchangedStatement()
 {
-    static const QString statement
-        = QStringLiteral("UPDATE %1 SET scanTimestamp=:scanTimestamp WHERE filePath=:searchedPath AND ")
-        + eachField(QStringLiteral("%1 IS :%1 COLLATE BINARY"), QStringLiteral(" AND "));
+    static const QString statement = QStringLiteral("UPDATE %1 SET scanTimestamp=? WHERE filePath=? AND ")
+        + eachField(QStringLiteral("%1 IS ? COLLATE BINARY"), QStringLiteral(" AND "));
     return statement;
 }
 
@@ -91,13 +89,16 @@ const QString& rescanStatement()
     return statement;
 }
 
+// A file that no rule gave a library has none; every other text that is missing is for the table to refuse.
+QVariant writtenValue(const MetaData& item, const BoundField& bound)
+{
+    const bool isMissingLibrary = bound.place == libraryPlace && item.library().isNull();
+    return isMissingLibrary ? QVariant(QStringLiteral("")) : bound.field->read(item);
+}
+
 void bindField(QSqlQuery& query, const MetaData& item, const BoundField& bound)
 {
-    // A file that no rule gave a library has none; every other text that is missing is for the table to refuse.
-    if (bound.place == libraryPlace && item.library().isNull())
-        query.bindValue(libraryPlace, QStringLiteral(""));
-    else
-        query.bindValue(bound.place, bound.field->read(item));
+    query.bindValue(bound.place, writtenValue(item, bound));
 }
 
 void bindFields(QSqlQuery& query, const MetaData& item)
@@ -123,7 +124,6 @@ RecordWriter::RecordWriter(const QSqlDatabase& connection, int tableId, qint64 s
     , m_update(connection)
     , m_insert(connection)
     , m_find(connection)
-    , m_touchUnchanged(connection)
     , m_rescan(connection)
     , m_scanTimestamp(scanTimestamp)
     , m_lookupByFilePath(lookupByFilePath)
@@ -211,13 +211,31 @@ bool RecordWriter::update(const MetaData& item, qint64 id)
     return execute(m_update);
 }
 
+// Null where SQLite's own handle cannot be used; all rows are written whole then.
+SqliteCursor* RecordWriter::touchStatement()
+{
+    if (!m_isTouchPrepared) {
+        m_isTouchPrepared = true;
+        if (sqlite3* handle = sqliteHandle(m_connection))
+            m_touchUnchanged.emplace(handle, touchUnchangedStatement().arg(m_tableName));
+    }
+    return m_touchUnchanged && !m_touchUnchanged->hasFailed() ? &*m_touchUnchanged : nullptr;
+}
+
 bool RecordWriter::touchIfUnchanged(const MetaData& item)
 {
-    prepare(m_touchUnchanged, touchUnchangedStatement());
-    bindFields(m_touchUnchanged, item);
-    m_touchUnchanged.bindValue(searchedPathPlace, item.filePath());
-    m_touchUnchanged.bindValue(scanTimestampPlace, m_scanTimestamp);
-    return execute(m_touchUnchanged) && m_touchUnchanged.numRowsAffected() > 0;
+    SqliteCursor* touch = touchStatement();
+    if (touch == nullptr)
+        return false;
+    int place = 0;
+    touch->bind(++place, m_scanTimestamp);
+    touch->bind(++place, QVariant(item.filePath()));
+    for (const BoundField& bound : boundFields())
+        touch->bind(++place, writtenValue(item, bound));
+    const int changedRows = touch->run();
+    if (changedRows < 0)
+        noteFailure();
+    return changedRows > 0;
 }
 
 bool RecordWriter::rescan(const MetaData& item, qint64 id)
@@ -250,12 +268,18 @@ bool RecordWriter::execute(QSqlQuery& query)
 {
     if (query.exec())
         return true;
-    const bool isConstraint = query.lastError().nativeErrorCode() == constraintErrorCode;
-    m_errorText = isConstraint ? QCoreApplication::translate("Database", "Database constraint violation")
-                               : QCoreApplication::translate("Database", "Unknown database error");
-    // A full disk makes SQLite end the transaction by itself; what was written now would stay for good.
-    m_isTransactionLost = !isConstraint && m_wasInTransaction && !isTransactionActive(m_connection);
+    if (query.lastError().nativeErrorCode() == constraintErrorCode)
+        m_errorText = QCoreApplication::translate("Database", "Database constraint violation");
+    else
+        noteFailure();
     return false;
+}
+
+void RecordWriter::noteFailure()
+{
+    m_errorText = QCoreApplication::translate("Database", "Unknown database error");
+    // A full disk makes SQLite end the transaction by itself; what was written now would stay for good.
+    m_isTransactionLost = m_wasInTransaction && !isTransactionActive(m_connection);
 }
 
 MetaDataList writeMetaData(

@@ -2,12 +2,15 @@
 #pragma once
 
 #include "store/metadata.h"
+#include "store/sqlitecursor.h"
 
 #include <QHash>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 /// Inserts or updates records in one table, with statements that are prepared once each.
 ///
@@ -37,9 +40,11 @@ private:
     bool insert(const MetaData& item);
     bool update(const MetaData& item, qint64 id);
     bool writeByFilePath(const MetaData& item);
+    SqliteCursor* touchStatement();
     bool touchIfUnchanged(const MetaData& item);
     bool rescan(const MetaData& item, qint64 id);
     bool execute(QSqlQuery& query);
+    void noteFailure();
 
     QSqlDatabase m_connection;
     QString m_tableName;
@@ -49,8 +54,9 @@ private:
     QSqlQuery m_update;
     QSqlQuery m_insert;
     QSqlQuery m_find;
-    QSqlQuery m_touchUnchanged;
     QSqlQuery m_rescan;
+    std::optional<SqliteCursor> m_touchUnchanged;
+    bool m_isTouchPrepared = false;
     // By the names of the fields that each writes.
     QHash<QStringList, QSqlQuery> m_fieldUpdates;
     qint64 m_scanTimestamp;

@@ -6,6 +6,7 @@
 #include <QSqlQuery>
 #include <QVariant>
 
+#include <algorithm>
 #include <sqlite3.h>
 
 sqlite3* sqliteHandle(const QSqlDatabase& connection)
@@ -38,6 +39,35 @@ void SqliteCursor::bind(int place, qint64 value)
         return;
     sqlite3_reset(m_statement);
     m_hasFailed = sqlite3_bind_int64(m_statement, place, value) != SQLITE_OK;
+}
+
+void SqliteCursor::bind(int place, const QVariant& value)
+{
+    if (m_hasFailed)
+        return;
+    sqlite3_reset(m_statement);
+    int result = SQLITE_OK;
+    if (value.isNull()) {
+        result = sqlite3_bind_null(m_statement, place);
+    } else if (value.userType() == QMetaType::QString) {
+        m_texts.resize(std::max(m_texts.size(), size_t(place)));
+        QByteArray& text = m_texts[size_t(place) - 1];
+        text = value.toString().toUtf8();
+        result = sqlite3_bind_text(m_statement, place, text.constData(), text.size(), SQLITE_STATIC);
+    } else if (value.userType() == QMetaType::Double) {
+        result = sqlite3_bind_double(m_statement, place, value.toDouble());
+    } else {
+        result = sqlite3_bind_int64(m_statement, place, value.toLongLong());
+    }
+    m_hasFailed = result != SQLITE_OK;
+}
+
+int SqliteCursor::run()
+{
+    next();
+    const int changedRows = m_hasFailed ? -1 : sqlite3_changes(sqlite3_db_handle(m_statement));
+    sqlite3_reset(m_statement);
+    return changedRows;
 }
 
 bool SqliteCursor::next()

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QByteArray>
 #include <QString>
+#include <QVariant>
 
 #include <string_view>
+#include <vector>
 
 class QSqlDatabase;
 struct sqlite3;
@@ -13,8 +16,9 @@ struct sqlite3_stmt;
 /// is linked with. Borrowed: it lives as long as the connection is open. Thread: that of the connection.
 sqlite3* sqliteHandle(const QSqlDatabase& connection);
 
-/// One statement read straight from SQLite, for passes over a whole table: a million rows cost a third of what they do
-/// through `QSqlQuery`, which makes a variant, and of every text a copy in UTF-16, for each value.
+/// One statement run straight by SQLite, for passes over a whole table: a million rows cost a third of what they do
+/// through `QSqlQuery`, which makes a variant, and of every text a copy in UTF-16, for each value read, and has SQLite
+/// turn each text that is bound into UTF-8.
 ///
 /// Owner: the stack of one operation. Thread: that of the connection.
 class SqliteCursor final
@@ -26,8 +30,12 @@ public:
 
     /// Gives a value to the place of this number, from 1 on, and begins anew.
     void bind(int place, qint64 value);
+    /// Likewise a null value, a text, a whole number or a double.
+    void bind(int place, const QVariant& value);
     /// Steps to the next row; false after the last one and after a failure.
     bool next();
+    /// Runs a statement that gives no rows, and ends it; how many rows it changed, or -1 after a failure.
+    int run();
     /// True when the statement could not be prepared or a step failed.
     bool hasFailed() const { return m_hasFailed; }
 
@@ -38,5 +46,7 @@ public:
 
 private:
     sqlite3_stmt* m_statement = nullptr;
+    // Of the places from 1 on: they must be there as long as the statement runs.
+    std::vector<QByteArray> m_texts;
     bool m_hasFailed = false;
 };

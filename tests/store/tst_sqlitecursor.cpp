@@ -13,6 +13,9 @@ private slots:
     void cleanupTestCase();
     void rowsAreReadOneByOne();
     void boundStatementBeginsAnew();
+    void valuesOfEachKindAreBound_data();
+    void valuesOfEachKindAreBound();
+    void changedRowsAreCounted();
     void wrongStatementFails();
     void failureWhileReadingIsTold();
 
@@ -57,6 +60,48 @@ void SqliteCursorTest::boundStatementBeginsAnew()
         QVERIFY(cursor.next());
         QCOMPARE(cursor.integer(0), value + 1);
     }
+}
+
+void SqliteCursorTest::valuesOfEachKindAreBound_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QTest::addColumn<QString>("expected");
+    QTest::newRow("nothing") << QVariant() << "null NULL";
+    QTest::newRow("null text") << QVariant(QString()) << "null NULL";
+    QTest::newRow("empty text") << QVariant(QStringLiteral("")) << "text ''";
+    QTest::newRow("text") << QVariant(QStringLiteral("é'\n")) << "text 'é''\n'";
+    QTest::newRow("double") << QVariant(0.5) << "real 0.5";
+    QTest::newRow("number") << QVariant(-7) << "integer -7";
+    QTest::newRow("large number") << QVariant(Q_INT64_C(1) << 40) << "integer 1099511627776";
+}
+
+void SqliteCursorTest::valuesOfEachKindAreBound()
+{
+    QFETCH(QVariant, value);
+    QFETCH(QString, expected);
+    SqliteCursor cursor(m_handle, "SELECT typeof(?1) || ' ' || quote(?1)");
+
+    cursor.bind(1, QVariant(QStringLiteral("a longer text that was bound before")));
+    cursor.bind(1, value);
+
+    QVERIFY(cursor.next());
+    const std::string_view text = cursor.text(0);
+    QCOMPARE(QString::fromUtf8(text.data(), int(text.size())), expected);
+}
+
+void SqliteCursorTest::changedRowsAreCounted()
+{
+    QCOMPARE(m_fixture->execute("CREATE TABLE counted (value INTEGER CHECK (value < 10))"), QString());
+    QCOMPARE(m_fixture->execute("INSERT INTO counted VALUES (1), (2), (3)"), QString());
+    SqliteCursor cursor(m_handle, "UPDATE counted SET value=value + ?1 WHERE value > 1");
+
+    cursor.bind(1, qint64(1));
+    QCOMPARE(cursor.run(), 2);
+    cursor.bind(1, qint64(100));
+    QCOMPARE(cursor.run(), -1);
+
+    QVERIFY(cursor.hasFailed());
+    QCOMPARE(m_fixture->column("SELECT value FROM counted ORDER BY value"), QVariantList({ 1, 3, 4 }));
 }
 
 void SqliteCursorTest::wrongStatementFails()
