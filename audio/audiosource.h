@@ -14,8 +14,8 @@
 /// interleaved, little-endian.
 ///
 /// Chunks of 0.4 s are decoded on the global thread pool ahead of what is read, so that a read rarely has to decode by
-/// itself. `readyRead()` is emitted after each chunk, from the event loop of the source's thread. After it the thread of
-/// the pool spends some time on making a later seek quick.
+/// itself. `readyRead()` is emitted after each chunk, from the event loop of the source's thread. After it the thread
+/// of the pool spends some time on making a later seek quick.
 ///
 /// A failure to open is told in the message log.
 ///
