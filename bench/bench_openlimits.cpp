@@ -18,6 +18,7 @@ constexpr int rounds = 30;
 constexpr int chunkSize = 307200; // bytes
 constexpr std::chrono::milliseconds seekPreparation(10); // for each chunk, as in playing
 constexpr double shortSeconds = 30;
+constexpr double usualSeconds = 300;
 constexpr double longSeconds = 3600;
 
 struct Format
@@ -73,7 +74,7 @@ enum class Place
     Passed // before one that was sought already
 };
 
-double seekTime(const QString& path, Place place)
+double seekTime(const QString& path, double seconds, Place place)
 {
     double least = 0;
     for (int round = 0; round < rounds / 3; ++round) {
@@ -84,14 +85,31 @@ double seekTime(const QString& path, Place place)
             decoder->prepareSeek(seekPreparation);
         }
         if (place == Place::Passed)
-            decoder->seek(longSeconds * 0.95);
+            decoder->seek(seconds * 0.95);
         const double time = BenchRatio::processorTime(1, [&]() {
-            decoder->seek(longSeconds * 0.9);
+            decoder->seek(seconds * 0.9);
             decoder->decode(chunkSize);
         });
         least = round == 0 ? time : std::min(least, time);
     }
     return least;
+}
+
+void measureSeeks(const QTemporaryDir& folder, const char* length, double seconds)
+{
+    const double wave = seekTime(makeFile(folder, formats.at(1), seconds), seconds, Place::Unknown);
+    for (const std::size_t index : { std::size_t(4), std::size_t(5), std::size_t(6) }) {
+        const QString path = makeFile(folder, formats.at(index), seconds);
+        const auto measure = [&](const char* what, Place place) {
+            BenchRatio::print(
+                QStringLiteral("%1, %2: %3")
+                    .arg(QLatin1String(what), QLatin1String(length), QLatin1String(formats.at(index).name)),
+                "us", seekTime(path, seconds, place), wave, 3);
+        };
+        measure("far seek to the first chunk", Place::Unknown);
+        measure("the same after 0.8 s of playing", Place::Prepared);
+        measure("the same to a passed place", Place::Passed);
+    }
 }
 
 } // namespace
@@ -107,15 +125,7 @@ int main(int argumentsCount, char** arguments)
         baseline = baseline > 0 ? baseline : time;
         BenchRatio::print(QStringLiteral("opening: %1").arg(format.name), "us", time, baseline, 2);
     }
-    const double wave = seekTime(makeFile(folder, formats.at(1), longSeconds), Place::Unknown);
-    for (const std::size_t index : { std::size_t(4), std::size_t(5), std::size_t(6) }) {
-        const QString path = makeFile(folder, formats.at(index), longSeconds);
-        BenchRatio::print(QStringLiteral("far seek to the first chunk: %1").arg(formats.at(index).name), "us",
-            seekTime(path, Place::Unknown), wave, 3);
-        BenchRatio::print(QStringLiteral("the same after 0.8 s of playing: %1").arg(formats.at(index).name), "us",
-            seekTime(path, Place::Prepared), wave, 3);
-        BenchRatio::print(QStringLiteral("the same to a passed place: %1").arg(formats.at(index).name), "us",
-            seekTime(path, Place::Passed), wave, 3);
-    }
+    measureSeeks(folder, "five minutes", usualSeconds);
+    measureSeeks(folder, "an hour", longSeconds);
     return 0;
 }
