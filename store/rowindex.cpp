@@ -305,27 +305,23 @@ bool RowIndex::isFound(const Search& search, size_t row)
         [&](const FoldedText* column) { return column->isMatch(search.term->pattern, row); });
 }
 
-// Looks at some hundred rows all over the table.
-RowIndex::Search RowIndex::sampledSearch(const IndexedView::Term& term, const Columns& columns) const
+// Some hundred rows all over the table.
+std::vector<size_t> RowIndex::sampleOfRows() const
 {
     constexpr size_t sampleSize = 400;
-    constexpr size_t rowsPerLook = 5;
-    // To search a text through takes longer the more is found; a look ends sooner.
-    constexpr size_t rowsPerLookForFrequent = 2;
     std::vector<size_t> sample;
     for (size_t row = 0; row < m_ids.size(); row += m_ids.size() / sampleSize + 1)
         sample.push_back(row);
-    std::vector<std::pair<std::ptrdiff_t, const FoldedText*>> counted;
-    for (const FoldedText* column : columns) {
-        const auto isHit = [&](size_t row) {
-            return column->isMatch(term.pattern, row);
-        };
-        counted.emplace_back(std::count_if(sample.begin(), sample.end(), isHit), column);
-    }
-    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
-    Search search{ &term, {}, 0, rowsPerLook };
-    for (const auto& entry : counted)
-        search.columns.push_back(entry.second);
+    return sample;
+}
+
+RowIndex::Search RowIndex::sampledSearch(
+    const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample)
+{
+    constexpr size_t rowsPerLook = 5;
+    // To search a text through takes longer the more is found; a look ends sooner.
+    constexpr size_t rowsPerLookForFrequent = 2;
+    Search search{ &term, mostHitsFirst(term, columns, sample), 0, rowsPerLook };
     const auto found
         = size_t(std::count_if(sample.begin(), sample.end(), [&](size_t row) { return isFound(search, row); }));
     search.sampledRows = term.isNegated ? sample.size() - found : found;
@@ -334,13 +330,33 @@ RowIndex::Search RowIndex::sampledSearch(const IndexedView::Term& term, const Co
     return search;
 }
 
+RowIndex::Columns RowIndex::mostHitsFirst(
+    const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample)
+{
+    std::vector<std::pair<std::ptrdiff_t, const FoldedText*>> counted;
+    for (const FoldedText* column : columns) {
+        const auto isHit = [&](size_t row) {
+            return column->isMatch(term.pattern, row);
+        };
+        counted.emplace_back(std::count_if(sample.begin(), sample.end(), isHit), column);
+    }
+    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
+    Columns sorted;
+    sorted.reserve(counted.size());
+    for (const auto& entry : counted)
+        sorted.push_back(entry.second);
+    return sorted;
+}
+
 // Few rows are left for the other terms then, and each of them is looked at by itself.
 std::vector<RowIndex::Search> RowIndex::rarestFirst(const IndexedView& view) const
 {
     const Columns searched = columns(view.lookupFields);
+    const std::vector<size_t> sample = sampleOfRows();
     std::vector<Search> searches;
+    searches.reserve(view.terms.size());
     for (const IndexedView::Term& term : view.terms)
-        searches.push_back(sampledSearch(term, searched));
+        searches.push_back(sampledSearch(term, searched, sample));
     std::stable_sort(searches.begin(), searches.end(),
         [](const Search& a, const Search& b) { return a.sampledRows < b.sampledRows; });
     return searches;

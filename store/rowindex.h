@@ -88,7 +88,11 @@ private:
     const RowSet* flaggedRows(const QString& flagsWhere);
     Columns columns(const QStringList& fields) const;
     static bool isFound(const Search& search, size_t row);
-    Search sampledSearch(const IndexedView::Term& term, const Columns& columns) const;
+    std::vector<size_t> sampleOfRows() const;
+    static Search sampledSearch(
+        const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample);
+    static Columns mostHitsFirst(
+        const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample);
     std::vector<Search> rarestFirst(const IndexedView& view) const;
     void applyTerms(const IndexedView& view, RowSet& rows) const;
     static void applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits);
