@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/changewatch.h"
 
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 
 #include <sqlite3.h>
 
@@ -31,7 +31,7 @@ void ChangeWatch::setTable(const QByteArray& name)
 
 ChangeWatch::Verdict ChangeWatch::ask()
 {
-    SqliteCursor cursor(m_handle, QStringLiteral("PRAGMA data_version"));
+    SqliteStatement cursor(m_handle, QStringLiteral("PRAGMA data_version"));
     if (!cursor.next())
         return Verdict::Unknown;
     m_askedVersion = cursor.integer(0);

@@ -5,7 +5,7 @@
 #include "store/operationreply.h"
 #include "store/querycomposer.h"
 #include "store/recordreader.h"
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 #include "store/transaction.h"
 
 #include <QHash>

@@ -212,7 +212,7 @@ bool RecordWriter::update(const MetaData& item, qint64 id)
 }
 
 // Null where SQLite's own handle cannot be used; all rows are written whole then.
-SqliteCursor* RecordWriter::touchStatement()
+SqliteStatement* RecordWriter::touchStatement()
 {
     if (!m_isTouchPrepared) {
         m_isTouchPrepared = true;
@@ -224,7 +224,7 @@ SqliteCursor* RecordWriter::touchStatement()
 
 bool RecordWriter::touchIfUnchanged(const MetaData& item)
 {
-    SqliteCursor* touch = touchStatement();
+    SqliteStatement* touch = touchStatement();
     if (touch == nullptr)
         return false;
     int place = 0;

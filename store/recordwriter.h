@@ -2,7 +2,7 @@
 #pragma once
 
 #include "store/metadata.h"
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 
 #include <QHash>
 #include <QSqlDatabase>
@@ -40,7 +40,7 @@ private:
     bool insert(const MetaData& item);
     bool update(const MetaData& item, qint64 id);
     bool writeByFilePath(const MetaData& item);
-    SqliteCursor* touchStatement();
+    SqliteStatement* touchStatement();
     bool touchIfUnchanged(const MetaData& item);
     bool rescan(const MetaData& item, qint64 id);
     bool execute(QSqlQuery& query);
@@ -55,7 +55,7 @@ private:
     QSqlQuery m_insert;
     QSqlQuery m_find;
     QSqlQuery m_rescan;
-    std::optional<SqliteCursor> m_touchUnchanged;
+    std::optional<SqliteStatement> m_touchUnchanged;
     bool m_isTouchPrepared = false;
     // By the names of the fields that each writes.
     QHash<QStringList, QSqlQuery> m_fieldUpdates;

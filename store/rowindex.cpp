@@ -2,7 +2,7 @@
 #include "store/rowindex.h"
 
 #include "store/querycomposer.h"
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 
 #include <algorithm>
 #include <limits>
@@ -158,7 +158,7 @@ bool RowIndex::readTexts(const QStringList& fields)
         return false;
     for (const QString& field : fields)
         m_texts[field].reserve(m_expectedRows);
-    SqliteCursor cursor(m_handle,
+    SqliteStatement cursor(m_handle,
         QStringLiteral("SELECT id, %1 FROM %2 ORDER BY id").arg(fields.join(QLatin1String(", ")), m_tableName));
     if (!readRows(cursor, fields) || (isFirstPass && !takeIds(std::move(m_ids))))
         return false;
@@ -168,7 +168,7 @@ bool RowIndex::readTexts(const QStringList& fields)
 }
 
 // False when it is not a row for each of the ids, in their order, or there is a text that cannot be held.
-bool RowIndex::readRows(SqliteCursor& cursor, const QStringList& fields)
+bool RowIndex::readRows(SqliteStatement& cursor, const QStringList& fields)
 {
     const bool isFirstPass = m_ids.empty();
     const std::vector<FoldedText*> columns = textsOf(fields);
@@ -194,7 +194,7 @@ std::vector<FoldedText*> RowIndex::textsOf(const QStringList& fields)
 }
 
 // The texts of one more row, which stand from the second column on.
-bool RowIndex::appendTexts(const SqliteCursor& cursor, const std::vector<FoldedText*>& texts)
+bool RowIndex::appendTexts(const SqliteStatement& cursor, const std::vector<FoldedText*>& texts)
 {
     int column = 0;
     return std::all_of(texts.begin(), texts.end(), [&](FoldedText* text) {
@@ -206,7 +206,7 @@ bool RowIndex::appendTexts(const SqliteCursor& cursor, const std::vector<FoldedT
 
 bool RowIndex::beginFirstPass()
 {
-    SqliteCursor cursor(m_handle, QLatin1String("SELECT COUNT(*) FROM ") + m_tableName);
+    SqliteStatement cursor(m_handle, QLatin1String("SELECT COUNT(*) FROM ") + m_tableName);
     if (!cursor.next())
         return false;
     m_expectedRows = size_t(cursor.integer(0));
@@ -223,7 +223,7 @@ bool RowIndex::readOrder(const QString& sortField)
         return false;
     forgetOrder();
     m_order.reserve(m_expectedRows);
-    SqliteCursor cursor(
+    SqliteStatement cursor(
         m_handle, composeSelect(m_tableId, QStringLiteral("id"), { { QStringLiteral("sortField"), sortField } }));
     while (cursor.next()) {
         if (!isHoldable(cursor.integer(0)) || m_order.size() == m_expectedRows)
@@ -280,7 +280,7 @@ const RowSet* RowIndex::flaggedRows(const QString& flagsWhere)
     if (found != m_flaggedRows.end())
         return &found->second;
     RowSet rows(m_ids.size());
-    SqliteCursor cursor(m_handle, QLatin1String("SELECT id FROM ") + m_tableName + flagsWhere);
+    SqliteStatement cursor(m_handle, QLatin1String("SELECT id FROM ") + m_tableName + flagsWhere);
     while (cursor.next()) {
         const qint64 row = rowOf(cursor.integer(0));
         if (row >= 0)

@@ -11,7 +11,7 @@
 #include <map>
 #include <vector>
 
-class SqliteCursor;
+class SqliteStatement;
 struct sqlite3;
 
 /// By what the rows of one table are found without a statement: their ids, one order of theirs, and the folded texts
@@ -75,9 +75,9 @@ private:
 
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
-    bool readRows(SqliteCursor& cursor, const QStringList& fields);
+    bool readRows(SqliteStatement& cursor, const QStringList& fields);
     std::vector<FoldedText*> textsOf(const QStringList& fields);
-    static bool appendTexts(const SqliteCursor& cursor, const std::vector<FoldedText*>& texts);
+    static bool appendTexts(const SqliteStatement& cursor, const std::vector<FoldedText*>& texts);
     bool readOrder(const QString& sortField);
     bool numberOrder();
     bool takeIds(std::vector<quint32> ids);
@@ -97,12 +97,12 @@ private:
     void applyTerms(const IndexedView& view, RowSet& rows) const;
     static void applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits);
 
-    bool isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const;
-    bool appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id);
+    bool isSearchedAsBefore(const SqliteStatement& cursor, const QStringList& fields, size_t row) const;
+    bool appendRow(const SqliteStatement& cursor, const QStringList& fields, qint64 id);
     void forgetOrder();
     quint32 renumberInOrder(quint32 row);
     void refreshOrder(const std::vector<quint32>& movedRows);
-    bool isInPlace(SqliteCursor& precedence, quint32 row) const;
+    bool isInPlace(SqliteStatement& precedence, quint32 row) const;
 
     sqlite3* m_handle;
     QString m_tableName;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How a RowIndex follows single rows that have changed.
 #include "store/rowindex.h"
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 
 #include <algorithm>
 #include <limits>
@@ -27,7 +27,7 @@ bool RowIndex::refresh(std::vector<qint64> changedIds)
     for (const auto& text : m_texts)
         fields.append(text.first);
     const QStringList columns = QStringList{ QStringLiteral("id") } + fields;
-    SqliteCursor cursor(
+    SqliteStatement cursor(
         m_handle, QStringLiteral("SELECT %1 FROM %2 WHERE id=?1").arg(columns.join(QLatin1String(", ")), m_tableName));
     std::vector<quint32> movedRows;
     bool hasNewRows = false;
@@ -58,7 +58,7 @@ bool RowIndex::refresh(std::vector<qint64> changedIds)
     return m_ids.size() - m_ascendingIds <= greatestAddedRows && isWithinLimits();
 }
 
-bool RowIndex::isSearchedAsBefore(const SqliteCursor& cursor, const QStringList& fields, size_t row) const
+bool RowIndex::isSearchedAsBefore(const SqliteStatement& cursor, const QStringList& fields, size_t row) const
 {
     int column = 0;
     return std::all_of(fields.begin(), fields.end(), [&](const QString& field) {
@@ -68,7 +68,7 @@ bool RowIndex::isSearchedAsBefore(const SqliteCursor& cursor, const QStringList&
     });
 }
 
-bool RowIndex::appendRow(const SqliteCursor& cursor, const QStringList& fields, qint64 id)
+bool RowIndex::appendRow(const SqliteStatement& cursor, const QStringList& fields, qint64 id)
 {
     if (id < 0 || id >= std::numeric_limits<quint32>::max() || !appendTexts(cursor, textsOf(fields)))
         return false;
@@ -96,7 +96,7 @@ void RowIndex::refreshOrder(const std::vector<quint32>& movedRows)
         return !m_rows.contains(row);
     };
     m_order.erase(std::remove_if(m_order.begin(), m_order.end(), isDead), m_order.end());
-    SqliteCursor precedence(m_handle,
+    SqliteStatement precedence(m_handle,
         QStringLiteral("SELECT 1 FROM %1 a, %1 b WHERE a.id=?1 AND b.id=?2 AND (a.%2, a.id) < (b.%2, b.id)")
             .arg(m_tableName, m_sortField));
     const auto isStill = [&](quint32 row) {
@@ -107,7 +107,7 @@ void RowIndex::refreshOrder(const std::vector<quint32>& movedRows)
 }
 
 // Whether the row is still between its neighbours. Nothing is said of rows without a value.
-bool RowIndex::isInPlace(SqliteCursor& precedence, quint32 row) const
+bool RowIndex::isInPlace(SqliteStatement& precedence, quint32 row) const
 {
     const auto place = std::find(m_order.begin(), m_order.end(), row);
     if (place == m_order.end())

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/changewatch.h"
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 #include "tests/store/connectionfixture.h"
 
 #include <QtTest>

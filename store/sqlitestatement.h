@@ -21,12 +21,12 @@ sqlite3* sqliteHandle(const QSqlDatabase& connection);
 /// turn each text that is bound into UTF-8.
 ///
 /// Owner: the stack of one operation. Thread: that of the connection.
-class SqliteCursor final
+class SqliteStatement final
 {
 public:
-    SqliteCursor(sqlite3* handle, const QString& statement);
-    ~SqliteCursor();
-    Q_DISABLE_COPY(SqliteCursor)
+    SqliteStatement(sqlite3* handle, const QString& statement);
+    ~SqliteStatement();
+    Q_DISABLE_COPY(SqliteStatement)
 
     /// Gives a value to the place of this number, from 1 on, and begins anew.
     void bind(int place, qint64 value);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 #include "tests/store/connectionfixture.h"
 
 #include <QtTest>
 
-class SqliteCursorTest : public QObject
+class SqliteStatementTest : public QObject
 {
     Q_OBJECT
 
@@ -24,21 +24,21 @@ private:
     sqlite3* m_handle = nullptr;
 };
 
-void SqliteCursorTest::initTestCase()
+void SqliteStatementTest::initTestCase()
 {
     m_fixture = std::make_unique<ConnectionFixture>(ConnectionFixture::Schema::None);
     m_handle = sqliteHandle(m_fixture->connection());
     QVERIFY(m_handle != nullptr);
 }
 
-void SqliteCursorTest::cleanupTestCase()
+void SqliteStatementTest::cleanupTestCase()
 {
     m_fixture.reset();
 }
 
-void SqliteCursorTest::rowsAreReadOneByOne()
+void SqliteStatementTest::rowsAreReadOneByOne()
 {
-    SqliteCursor cursor(m_handle, "SELECT 7, 'é' || char(0) || 'x' UNION ALL SELECT 8, NULL");
+    SqliteStatement cursor(m_handle, "SELECT 7, 'é' || char(0) || 'x' UNION ALL SELECT 8, NULL");
 
     QVERIFY(cursor.next());
     QCOMPARE(cursor.integer(0), qint64(7));
@@ -52,9 +52,9 @@ void SqliteCursorTest::rowsAreReadOneByOne()
     QVERIFY(!cursor.hasFailed());
 }
 
-void SqliteCursorTest::boundStatementBeginsAnew()
+void SqliteStatementTest::boundStatementBeginsAnew()
 {
-    SqliteCursor cursor(m_handle, "SELECT ?1 + 1");
+    SqliteStatement cursor(m_handle, "SELECT ?1 + 1");
     for (const qint64 value : { Q_INT64_C(1), Q_INT64_C(1) << 40 }) {
         cursor.bind(1, value);
         QVERIFY(cursor.next());
@@ -62,7 +62,7 @@ void SqliteCursorTest::boundStatementBeginsAnew()
     }
 }
 
-void SqliteCursorTest::valuesOfEachKindAreBound_data()
+void SqliteStatementTest::valuesOfEachKindAreBound_data()
 {
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<QString>("expected");
@@ -75,11 +75,11 @@ void SqliteCursorTest::valuesOfEachKindAreBound_data()
     QTest::newRow("large number") << QVariant(Q_INT64_C(1) << 40) << "integer 1099511627776";
 }
 
-void SqliteCursorTest::valuesOfEachKindAreBound()
+void SqliteStatementTest::valuesOfEachKindAreBound()
 {
     QFETCH(QVariant, value);
     QFETCH(QString, expected);
-    SqliteCursor cursor(m_handle, "SELECT typeof(?1) || ' ' || quote(?1)");
+    SqliteStatement cursor(m_handle, "SELECT typeof(?1) || ' ' || quote(?1)");
 
     cursor.bind(1, QVariant(QStringLiteral("a longer text that was bound before")));
     cursor.bind(1, value);
@@ -89,11 +89,11 @@ void SqliteCursorTest::valuesOfEachKindAreBound()
     QCOMPARE(QString::fromUtf8(text.data(), int(text.size())), expected);
 }
 
-void SqliteCursorTest::changedRowsAreCounted()
+void SqliteStatementTest::changedRowsAreCounted()
 {
     QCOMPARE(m_fixture->execute("CREATE TABLE counted (value INTEGER CHECK (value < 10))"), QString());
     QCOMPARE(m_fixture->execute("INSERT INTO counted VALUES (1), (2), (3)"), QString());
-    SqliteCursor cursor(m_handle, "UPDATE counted SET value=value + ?1 WHERE value > 1");
+    SqliteStatement cursor(m_handle, "UPDATE counted SET value=value + ?1 WHERE value > 1");
 
     cursor.bind(1, qint64(1));
     QCOMPARE(cursor.run(), 2);
@@ -104,23 +104,23 @@ void SqliteCursorTest::changedRowsAreCounted()
     QCOMPARE(m_fixture->column("SELECT value FROM counted ORDER BY value"), QVariantList({ 1, 3, 4 }));
 }
 
-void SqliteCursorTest::wrongStatementFails()
+void SqliteStatementTest::wrongStatementFails()
 {
-    SqliteCursor cursor(m_handle, "SELECT x FROM nowhere");
+    SqliteStatement cursor(m_handle, "SELECT x FROM nowhere");
     cursor.bind(1, 1);
 
     QVERIFY(cursor.hasFailed());
     QVERIFY(!cursor.next());
 }
 
-void SqliteCursorTest::failureWhileReadingIsTold()
+void SqliteStatementTest::failureWhileReadingIsTold()
 {
-    SqliteCursor cursor(m_handle, "SELECT abs(-9223372036854775808)");
+    SqliteStatement cursor(m_handle, "SELECT abs(-9223372036854775808)");
 
     QVERIFY(!cursor.next());
     QVERIFY(cursor.hasFailed());
 }
 
-QTEST_GUILESS_MAIN(SqliteCursorTest)
+QTEST_GUILESS_MAIN(SqliteStatementTest)
 
-#include "tst_sqlitecursor.moc"
+#include "tst_sqlitestatement.moc"

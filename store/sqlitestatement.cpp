@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "store/sqlitecursor.h"
+#include "store/sqlitestatement.h"
 
 #include <QSqlDatabase>
 #include <QSqlDriver>
@@ -22,18 +22,18 @@ sqlite3* sqliteHandle(const QSqlDatabase& connection)
     return isSame ? *static_cast<sqlite3* const*>(handle.constData()) : nullptr;
 }
 
-SqliteCursor::SqliteCursor(sqlite3* handle, const QString& statement)
+SqliteStatement::SqliteStatement(sqlite3* handle, const QString& statement)
 {
     const QByteArray text = statement.toUtf8();
     m_hasFailed = sqlite3_prepare_v2(handle, text.constData(), text.size(), &m_statement, nullptr) != SQLITE_OK;
 }
 
-SqliteCursor::~SqliteCursor()
+SqliteStatement::~SqliteStatement()
 {
     sqlite3_finalize(m_statement);
 }
 
-void SqliteCursor::bind(int place, qint64 value)
+void SqliteStatement::bind(int place, qint64 value)
 {
     if (m_hasFailed)
         return;
@@ -41,7 +41,7 @@ void SqliteCursor::bind(int place, qint64 value)
     m_hasFailed = sqlite3_bind_int64(m_statement, place, value) != SQLITE_OK;
 }
 
-void SqliteCursor::bind(int place, const QVariant& value)
+void SqliteStatement::bind(int place, const QVariant& value)
 {
     if (m_hasFailed)
         return;
@@ -62,7 +62,7 @@ void SqliteCursor::bind(int place, const QVariant& value)
     m_hasFailed = result != SQLITE_OK;
 }
 
-int SqliteCursor::run()
+int SqliteStatement::run()
 {
     next();
     const int changedRows = m_hasFailed ? -1 : sqlite3_changes(sqlite3_db_handle(m_statement));
@@ -70,7 +70,7 @@ int SqliteCursor::run()
     return changedRows;
 }
 
-bool SqliteCursor::next()
+bool SqliteStatement::next()
 {
     if (m_hasFailed)
         return false;
@@ -79,17 +79,17 @@ bool SqliteCursor::next()
     return result == SQLITE_ROW;
 }
 
-qint64 SqliteCursor::integer(int column) const
+qint64 SqliteStatement::integer(int column) const
 {
     return sqlite3_column_int64(m_statement, column);
 }
 
-bool SqliteCursor::isText(int column) const
+bool SqliteStatement::isText(int column) const
 {
     return sqlite3_column_type(m_statement, column) == SQLITE_TEXT;
 }
 
-std::string_view SqliteCursor::text(int column) const
+std::string_view SqliteStatement::text(int column) const
 {
     const auto* bytes = static_cast<const char*>(static_cast<const void*>(sqlite3_column_text(m_statement, column)));
     return bytes == nullptr ? std::string_view()
