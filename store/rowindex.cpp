@@ -3,6 +3,7 @@
 
 #include "store/querycomposer.h"
 #include "store/sqlitestatement.h"
+#include "store/tablepass.h"
 
 #include <algorithm>
 #include <limits>
@@ -158,9 +159,7 @@ bool RowIndex::readTexts(const QStringList& fields)
         return false;
     for (const QString& field : fields)
         m_texts[field].reserve(m_expectedRows);
-    SqliteStatement cursor(m_handle,
-        QStringLiteral("SELECT id, %1 FROM %2 ORDER BY id").arg(fields.join(QLatin1String(", ")), m_tableName));
-    if (!readRows(cursor, fields) || (isFirstPass && !takeIds(std::move(m_ids))))
+    if (!readRows(fields) || (isFirstPass && !takeIds(std::move(m_ids))))
         return false;
     for (const QString& field : fields)
         m_texts[field].squeeze();
@@ -168,21 +167,21 @@ bool RowIndex::readTexts(const QStringList& fields)
 }
 
 // False when it is not a row for each of the ids, in their order, or there is a text that cannot be held.
-bool RowIndex::readRows(SqliteStatement& cursor, const QStringList& fields)
+bool RowIndex::readRows(const QStringList& fields)
 {
     const bool isFirstPass = m_ids.empty();
-    const std::vector<FoldedText*> columns = textsOf(fields);
+    const std::vector<FoldedText*> texts = textsOf(fields);
     size_t row = 0;
-    for (; cursor.next(); ++row) {
-        const qint64 id = cursor.integer(0);
+    TablePass pass(m_handle, m_tableName, QStringList{ QStringLiteral("id") } + fields);
+    const bool isComplete = pass.run([&](const TablePass::Row& columns) {
+        const qint64 id = columns.integer(0);
         if (isFirstPass && isHoldable(id))
             m_ids.push_back(quint32(id));
-        if (row >= m_ids.size() || m_ids[row] != id || !appendTexts(cursor, columns))
+        if (row >= m_ids.size() || m_ids[row] != id || !appendTexts(columns, texts))
             return false;
-        if (row % rowsBetweenChecks == 0 && !isWithinLimits())
-            return false;
-    }
-    return !cursor.hasFailed() && row == m_ids.size();
+        return row++ % rowsBetweenChecks != 0 || isWithinLimits();
+    });
+    return isComplete && row == m_ids.size();
 }
 
 std::vector<FoldedText*> RowIndex::textsOf(const QStringList& fields)
@@ -191,17 +190,6 @@ std::vector<FoldedText*> RowIndex::textsOf(const QStringList& fields)
     for (const QString& field : fields)
         texts.push_back(&m_texts[field]);
     return texts;
-}
-
-// The texts of one more row, which stand from the second column on.
-bool RowIndex::appendTexts(const SqliteStatement& cursor, const std::vector<FoldedText*>& texts)
-{
-    int column = 0;
-    return std::all_of(texts.begin(), texts.end(), [&](FoldedText* text) {
-        ++column;
-        // What is no text is compared by rules of its own.
-        return cursor.isText(column) && text->append(cursor.text(column));
-    });
 }
 
 bool RowIndex::beginFirstPass()

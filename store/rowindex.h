@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
 #include <map>
 #include <vector>
 
@@ -75,9 +76,10 @@ private:
 
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
-    bool readRows(SqliteStatement& cursor, const QStringList& fields);
+    bool readRows(const QStringList& fields);
     std::vector<FoldedText*> textsOf(const QStringList& fields);
-    static bool appendTexts(const SqliteStatement& cursor, const std::vector<FoldedText*>& texts);
+    template <typename Row>
+    static bool appendTexts(const Row& row, const std::vector<FoldedText*>& texts);
     bool readOrder(const QString& sortField);
     bool numberOrder();
     bool takeIds(std::vector<quint32> ids);
@@ -122,3 +124,15 @@ private:
     QString m_sortField;
     std::vector<quint32> m_order;
 };
+
+// The texts of one more row, which stand from the second column on.
+template <typename Row>
+bool RowIndex::appendTexts(const Row& row, const std::vector<FoldedText*>& texts)
+{
+    int column = 0;
+    return std::all_of(texts.begin(), texts.end(), [&](FoldedText* text) {
+        ++column;
+        // What is no text is compared by rules of its own.
+        return row.isText(column) && text->append(row.text(column));
+    });
+}
