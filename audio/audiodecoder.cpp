@@ -247,10 +247,9 @@ bool AudioDecoder::seek(double seconds)
     return true;
 }
 
-void AudioDecoder::prepareSeek(std::chrono::milliseconds time)
+bool AudioDecoder::prepareSeek(std::chrono::milliseconds time)
 {
-    if (isOpen())
-        m_input.prepareSeek(time);
+    return isOpen() && m_input.prepareSeek(time);
 }
 
 qint64 AudioDecoder::firstTimestampToDecode(qint64 wantedFrame) const

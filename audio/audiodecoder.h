@@ -40,7 +40,8 @@ public:
     /// Continues from this position, in seconds from the start of the sound; positions outside of it mean its ends.
     bool seek(double seconds);
     /// Spends some time on making a later seek quick, without changing what comes next; to be called now and then.
-    void prepareSeek(std::chrono::milliseconds time);
+    /// False when another call would do nothing for now.
+    bool prepareSeek(std::chrono::milliseconds time);
     void close();
     /// Makes a `decode()` that runs in another thread see the end of the file. To be called by the thread that opens
     /// and closes; what it does is undone by closing only.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "audio/audiosource.h"
 
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QFileInfo>
 #include <QMutexLocker>
@@ -22,8 +23,11 @@ constexpr int signed32Bit = 2;
 constexpr int chunkSize = 307200;
 constexpr int lowMark = 102400;
 
-// Out of each 0.4 s: a slow disk is hardly kept busy by it, and from a fast one a file of an hour takes two of these.
-constexpr std::chrono::milliseconds seekPreparation(10);
+// Out of each 0.4 s: a slow disk is hardly kept busy by it, and a file of an hour that is in memory takes half of this.
+constexpr std::chrono::milliseconds seekPreparation(40);
+// So long at a time nobody else gets at the decoder; then whoever waits comes first.
+constexpr std::chrono::milliseconds seekPreparationSlice(2);
+constexpr std::chrono::microseconds pauseBetweenSlices(100);
 
 } // namespace
 
@@ -176,6 +180,13 @@ void AudioSource::decodeNextChunk()
 
 void AudioSource::prepareSeek()
 {
+    const QDeadlineTimer deadline(seekPreparation);
+    while (prepareSeekALittle() && !deadline.hasExpired())
+        QThread::usleep(pauseBetweenSlices.count());
+}
+
+bool AudioSource::prepareSeekALittle()
+{
     const QMutexLocker locker(&m_mutex);
-    m_decoder.prepareSeek(seekPreparation);
+    return m_decoder.prepareSeek(seekPreparationSlice);
 }

@@ -15,7 +15,7 @@
 ///
 /// Chunks of 0.4 s are decoded on the global thread pool ahead of what is read, so that a read rarely has to decode by
 /// itself. `readyRead()` is emitted after each chunk, from the event loop of the source's thread. After it the thread
-/// of the pool spends some time on making a later seek quick.
+/// of the pool spends some time on making a later seek quick, and gives way to any other call meanwhile.
 ///
 /// A failure to open is told in the message log.
 ///
@@ -64,6 +64,7 @@ private:
     bool hasNothingToRead() const;
     void requestChunk();
     void prepareSeek();
+    bool prepareSeekALittle();
 
     QString m_fileName;
     int m_duration = 0;

@@ -28,6 +28,9 @@ namespace {
 // Hz. No sound has more; FFmpeg corrects the duration of damaged files that claim so.
 constexpr int highestTrustedRate = 1000000;
 
+// Bytes that hold as many frames of MPEG audio as FFmpeg looks at, at most rates.
+constexpr int frameLookSize = 64 * 1024;
+
 // Milliseconds that are read before a place, so that a codec whose frames build upon earlier ones has got them.
 constexpr qint64 seekLead = 500;
 
@@ -118,10 +121,10 @@ bool MediaInput::seek(qint64 timestamp)
     return true;
 }
 
-void MediaInput::prepareSeek(std::chrono::milliseconds time)
+bool MediaInput::prepareSeek(std::chrono::milliseconds time)
 {
-    if (MpegSeekIndex* index = seekIndex())
-        index->lookAhead(time);
+    MpegSeekIndex* index = seekIndex();
+    return index && index->lookAhead(time);
 }
 
 // Null where FFmpeg finds its places by itself.
@@ -183,7 +186,7 @@ bool MediaInput::openFile(const QString& path, Probing probing)
 bool MediaInput::findAudioStream()
 {
     leaveOutPictures(*m_format);
-    if (!isKnownFromHeader()) {
+    if (!isKnownFromHeader() && !learnFromFrames()) {
         if (const int result = avformat_find_stream_info(m_format.get(), nullptr); result < 0)
             return fail(Failure::FindStreamInfo, result);
     }
@@ -229,6 +232,29 @@ bool MediaInput::isKnownFromHeader() const
         && parameters.sample_rate <= highestTrustedRate;
     return isSampled && frameSize > 0 && parameters.block_align == frameSize && stream->duration > 0
         && m_file->size() - avio_tell(m_format->pb) >= frameSize;
+}
+
+// Of MPEG audio whose first frame counts the others, the headers of the next frames tell the rest. FFmpeg would decode
+// a frame as well, which takes longer than all else of opening, and tells no more where the frames are of one kind.
+bool MediaInput::learnFromFrames()
+{
+    AVStream* stream = firstAudioStream();
+    if (!stream || m_probing == Probing::Full || stream->codecpar->codec_id != AV_CODEC_ID_MP3 || stream->duration <= 0)
+        return false;
+    MpegFrameWalk walk(*m_file, avio_tell(m_format->pb), 0, frameLookSize);
+    const MpegFrameHeader first = walk.isValid() ? walk.frame().header : MpegFrameHeader();
+    // One more than FFmpeg looks at.
+    for (int frame = 0; frame < m_format->max_ts_probe; ++frame) {
+        if (!walk.next() || walk.frame().header.channels() != first.channels())
+            return false;
+    }
+    if (first.layer() != 3)
+        return false;
+    AVCodecParameters& parameters = *stream->codecpar;
+    parameters.sample_rate = first.sampleRate();
+    parameters.frame_size = first.samples();
+    av_channel_layout_default(&parameters.ch_layout, first.channels());
+    return true;
 }
 
 bool MediaInput::openDecoder()

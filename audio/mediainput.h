@@ -53,8 +53,8 @@ public:
     bool seek(qint64 timestamp);
 
     /// Spends some time on learning where a later seek has to go, without changing what is read next; to be called now
-    /// and then while a file is decoded. Needs an open input.
-    void prepareSeek(std::chrono::milliseconds time);
+    /// and then while a file is decoded. False when another call would do nothing for now. Needs an open input.
+    bool prepareSeek(std::chrono::milliseconds time);
 
     bool isOpen() const;
     Failure failure() const { return m_failure; }
@@ -92,6 +92,7 @@ private:
     AVStream* firstAudioStream() const;
     bool mayBeDisguised() const;
     bool isKnownFromHeader() const;
+    bool learnFromFrames();
     bool openDecoder();
     MpegSeekIndex* seekIndex();
     qint64 seekStart(qint64 timestamp);

@@ -30,6 +30,8 @@ public:
     int layer() const { return 4 - layerField(); }
     /// Hz.
     int sampleRate() const;
+    /// 1 or 2.
+    int channels() const { return isMono() ? 1 : 2; }
     /// Samples of each channel that the frame stands for.
     int samples() const;
     /// Bytes from this header to the next one.

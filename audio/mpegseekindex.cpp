@@ -65,16 +65,17 @@ std::optional<qint64> MpegSeekIndex::startFor(qint64 timestamp)
     return isWalked(sample) ? std::optional(timestampOf(start.sample)) : std::nullopt;
 }
 
-void MpegSeekIndex::lookAhead(std::chrono::milliseconds time)
+bool MpegSeekIndex::lookAhead(std::chrono::milliseconds time)
 {
     if ((!m_hasBegun && !knowsFirstPackets()) || !begin())
-        return;
+        return false;
     const QDeadlineTimer deadline(time);
     bool isGoingOn = true;
     while (isGoingOn && !deadline.hasExpired()) {
         for (int frame = 0; isGoingOn && frame < framesPerPlace; ++frame)
             isGoingOn = step();
     }
+    return isGoingOn;
 }
 
 bool MpegSeekIndex::begin()

@@ -32,8 +32,8 @@ public:
     std::optional<qint64> startFor(qint64 timestamp);
     /// Follows the headers for so long while the stream is read from its beginning, and goes on where it stopped, so
     /// that a later seek has less to follow, or nothing. FFmpeg's position stays. Returns at once when the first
-    /// packets have not been read yet.
-    void lookAhead(std::chrono::milliseconds time);
+    /// packets have not been read yet. False when another call would do nothing for now.
+    bool lookAhead(std::chrono::milliseconds time);
 
 private:
     using Frame = MpegFrameWalk::Frame;

@@ -38,7 +38,8 @@ QVariantMap describe(const AVFormatContext& format, const AVStream& stream, cons
     QVariantMap map{ { "format", QString::fromUtf8(format.iformat->name) },
         { "codec", QString::fromUtf8(avcodec_get_name(codec.codec_id)) }, { "sample format", int(codec.sample_fmt) },
         { "rate", codec.sample_rate }, { "channels", codec.ch_layout.nb_channels }, { "bits", bitsOf(codec) },
-        { "duration", exactText(av_q2d(stream.time_base) * double(stream.duration)) } };
+        { "duration", exactText(av_q2d(stream.time_base) * double(stream.duration)) },
+        { "start", qint64(stream.start_time) }, { "samples of a frame", codec.frame_size } };
     const AVDictionaryEntry* entry = nullptr;
     while ((entry = av_dict_get(format.metadata, "", entry, AV_DICT_IGNORE_SUFFIX)))
         map.insert(QStringLiteral("text ") + QString::fromUtf8(entry->key), QByteArray(entry->value));

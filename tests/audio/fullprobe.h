@@ -8,8 +8,8 @@
 /// the looking. Thread: any.
 namespace FullProbe {
 
-/// "failure" alone, the number of a `MediaInput::Failure`; or format, codec, rate, channels, bits, duration and the
-/// container's texts of the file's first sound, its format forced by the suffix as the program does.
+/// "failure" alone, the number of a `MediaInput::Failure`; or format, codec, rate, channels, bits, duration, start
+/// and the container's texts of the file's first sound, its format forced by the suffix as the program does.
 QVariantMap properties(const QString& path);
 
 /// The same of an input of the program.

@@ -56,6 +56,7 @@ private slots:
     void titleComesFromTheTags();
     void durationIsInWholeSeconds();
     void seekGoesByTime();
+    void seekIsPreparedWhileTheFileIsPlayed();
     void readingPastTheEndGivesNothingUntilASeek();
     void closeForgetsTheFile();
     void closedSourceGivesNothing();
@@ -227,6 +228,39 @@ void AudioSourceTest::seekGoesByTime()
     QVERIFY(source.atEnd());
     source.seek(-1.0);
     QCOMPARE(readRest(source).size(), oneSecond);
+}
+
+void AudioSourceTest::seekIsPreparedWhileTheFileIsPlayed()
+{
+    const QString whole = path("whole.mp3");
+    const QString damaged = path("damaged.mp3");
+    SoundMaker::makeNoise(whole, 60, { "-b:a", "128k" });
+    QVERIFY(QFile::copy(whole, damaged));
+    const auto soundAt = [](AudioSource& source, double seconds) {
+        source.seek(seconds);
+        return source.read(chunkSize);
+    };
+    AudioSource played;
+    QVERIFY(played.open(damaged));
+    for (int chunk = 0; chunk < 20; ++chunk) {
+        QVERIFY(!played.read(chunkSize).isEmpty());
+        waitForChunks();
+    }
+
+    // Who still had to look for the place would miscount here.
+    QFile file(damaged);
+    QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(file.size() / 2));
+    QCOMPARE(file.write(QByteArray(2000, 'x')), qint64(2000));
+    file.close();
+
+    AudioSource reference;
+    QVERIFY(reference.open(whole));
+    const QByteArray expected = soundAt(reference, 50);
+    QCOMPARE(expected.size(), chunkSize);
+    QVERIFY(soundAt(played, 50) == expected);
+    AudioSource unprepared;
+    QVERIFY(unprepared.open(damaged));
+    QVERIFY(soundAt(unprepared, 50) != expected);
 }
 
 void AudioSourceTest::readingPastTheEndGivesNothingUntilASeek()

@@ -3,6 +3,7 @@
 #include "audio/mediainput.h"
 
 #include "tests/audio/fullprobe.h"
+#include "tests/audio/mpegframes.h"
 #include "tests/audio/soundmaker.h"
 #include "tests/scan/corpus.h"
 #include "tests/scan/soundfiles.h"
@@ -10,8 +11,13 @@
 
 #include <QDirIterator>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
+
+extern "C" {
+#include <libavformat/avformat.h>
+}
 
 using namespace SoundFiles;
 
@@ -72,6 +78,11 @@ private slots:
     void cutFilesAreReadAsInFull_data();
     void cutFilesAreReadAsInFull();
     void pictureIsNoSound();
+    void framesAreNotReadToLearnTheirKind();
+    void countedFramesAreReadAsInFull_data();
+    void countedFramesAreReadAsInFull();
+    void damagedFramesAreReadAsInFull_data();
+    void damagedFramesAreReadAsInFull();
 
 private:
     QString path(const QString& name) const { return m_folder.filePath(name); }
@@ -252,6 +263,79 @@ void MediaInputProbingTest::pictureIsNoSound()
 
     QCOMPARE(found, FullProbe::properties(file));
     QCOMPARE(found.value("codec").toString(), QStringLiteral("mp3"));
+}
+
+void MediaInputProbingTest::framesAreNotReadToLearnTheirKind()
+{
+    const QString file = path("long.mp3");
+    SoundMaker::makeNoise(file, seconds, { "-b:a", "320k" });
+    MediaInput input;
+
+    QVERIFY(input.open(file));
+
+    QCOMPARE(avformat_index_get_entries_count(input.stream()), 0);
+    QCOMPARE(input.sampleRate(), 48000);
+}
+
+// FFmpeg looks at fifty frames: another kind among them counts, one behind them does not.
+void MediaInputProbingTest::countedFramesAreReadAsInFull_data()
+{
+    QTest::addColumn<QByteArray>("table");
+    QTest::addColumn<QByteArray>("sound");
+    const QVector<QPair<const char*, QByteArray>> kinds{ { "stereo", MpegFrames::frames(1) },
+        { "padding", MpegFrames::paddedFrames(1) }, { "higher rate of bits", MpegFrames::richFrames(1) },
+        { "mono", MpegFrames::monoFrames(1) }, { "faster", MpegFrames::fasterFrames(1) },
+        { "second layer", MpegFrames::secondLayerFrames(1) }, { "free format", MpegFrames::freeFormatFrame() },
+        { "junk", QByteArray(100, 'x') } };
+    const QVector<QPair<const char*, QByteArray>> tables{ { "Xing", MpegFrames::xingFrame("Xing", 60, 25000) },
+        { "Info", MpegFrames::xingFrame("Info", 60, 25000) }, { "VBRI", MpegFrames::vbriFrame(60, 25000) },
+        { "a table without a count", MpegFrames::xingFrame("Xing", 0, 0) }, { "no table", QByteArray() } };
+    for (const auto& table : tables) {
+        for (const auto& first : kinds) {
+            for (const auto& second : kinds) {
+                for (const int count : { 1, 10, 49, 50, 51 })
+                    QTest::addRow("%s, %d x %s, %s", table.first, count, first.first, second.first)
+                        << table.second << first.second.repeated(count) + second.second.repeated(60 - count);
+            }
+        }
+    }
+}
+
+void MediaInputProbingTest::countedFramesAreReadAsInFull()
+{
+    QFETCH(QByteArray, table);
+    QFETCH(QByteArray, sound);
+    const QString file = path("counted.mp3");
+    TestSupport::writeFile(file, table + sound);
+
+    QCOMPARE(FullProbe::propertiesOfInput(file), FullProbe::properties(file));
+}
+
+void MediaInputProbingTest::damagedFramesAreReadAsInFull_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("constant rate") << QStringList{ "-b:a", "128k" };
+    QTest::newRow("variable rate") << QStringList{ "-q:a", "4" };
+    QTest::newRow("mono of a low rate") << QStringList{ "-ar", "22050", "-ac", "1", "-b:a", "32k" };
+}
+
+void MediaInputProbingTest::damagedFramesAreReadAsInFull()
+{
+    QFETCH(QStringList, arguments);
+    const QString file = path("frames.mp3");
+    SoundMaker::makeNoise(file, seconds, arguments);
+    QFile whole(file);
+    QVERIFY(whole.open(QIODevice::ReadOnly));
+    const QByteArray bytes = whole.readAll();
+    QRandomGenerator random(7);
+    for (int round = 0; round < 400; ++round) {
+        QByteArray damaged = bytes;
+        for (int change = random.bounded(1, 6); change > 0; --change)
+            damaged[random.bounded(bytes.size())] = char(random.bounded(256));
+        TestSupport::writeFile(path("damaged.mp3"), damaged);
+        QVERIFY2(FullProbe::propertiesOfInput(path("damaged.mp3")) == FullProbe::properties(path("damaged.mp3")),
+            qPrintable(QString::number(round)));
+    }
 }
 
 QTEST_GUILESS_MAIN(MediaInputProbingTest)

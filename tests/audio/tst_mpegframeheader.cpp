@@ -22,6 +22,8 @@ private slots:
     void fieldsOfValidHeaders();
     void otherBytesAreNoHeader_data();
     void otherBytesAreNoHeader();
+    void channelsAreThoseOfTheMode_data();
+    void channelsAreThoseOfTheMode();
     void kindIsVersionLayerAndRate_data();
     void kindIsVersionLayerAndRate();
 };
@@ -96,6 +98,23 @@ void MpegFrameHeaderTest::otherBytesAreNoHeader()
 
     QVERIFY(!header(hex).isValid());
     QVERIFY(!MpegFrameHeader().isValid());
+}
+
+void MpegFrameHeaderTest::channelsAreThoseOfTheMode_data()
+{
+    QTest::addColumn<QByteArray>("hex");
+    QTest::addColumn<int>("channels");
+    QTest::newRow("stereo") << QByteArray("fffb9004") << 2;
+    QTest::newRow("joint stereo") << QByteArray("fffb9064") << 2;
+    QTest::newRow("two channels") << QByteArray("fffb9084") << 2;
+    QTest::newRow("one channel") << QByteArray("fffb90c4") << 1;
+}
+
+void MpegFrameHeaderTest::channelsAreThoseOfTheMode()
+{
+    QFETCH(QByteArray, hex);
+
+    QTEST(header(hex).channels(), "channels");
 }
 
 void MpegFrameHeaderTest::kindIsVersionLayerAndRate_data()
