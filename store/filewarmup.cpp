@@ -2,7 +2,6 @@
 #include "store/filewarmup.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QtConcurrent>
 
 namespace {
@@ -21,7 +20,9 @@ void FileWarmUp::start(const QString& filePath)
     stop();
     m_stopRequested = false;
     m_bytesRead = 0;
-    m_reading = QtConcurrent::run([this, filePath]() { read(filePath); });
+    m_file.close();
+    m_file.setFileName(filePath);
+    m_reading = QtConcurrent::run([this]() { read(); });
 }
 
 void FileWarmUp::stop()
@@ -35,14 +36,13 @@ void FileWarmUp::waitForFinished()
     m_reading.waitForFinished();
 }
 
-void FileWarmUp::read(const QString& filePath)
+void FileWarmUp::read()
 {
-    QFile file(filePath);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
+    if (!m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered))
         return;
     QByteArray block(blockSize, Qt::Uninitialized);
     while (!m_stopRequested) {
-        const qint64 length = file.read(block.data(), block.size());
+        const qint64 length = m_file.read(block.data(), block.size());
         if (length <= 0)
             return;
         m_bytesRead += length;

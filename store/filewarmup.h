@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QFile>
 #include <QFuture>
 #include <QString>
 
@@ -8,8 +9,12 @@
 
 /// Reads one file to its end in the background, so that the operating system has it in its cache.
 ///
-/// Owner: the store. Thread: one thread at a time; the reading runs on the global thread pool with a file handle of its
-/// own. A file that cannot be opened ends it silently.
+/// The handle stays open until the next start or the end: to close any handle of a file gives up all the locks that the
+/// process holds on it (POSIX, fcntl), those of a transaction too.
+///
+/// Owner: the store, which starts it while no transaction is under way, and outlives its connection. Thread: one thread
+/// at a time; the reading runs on the global thread pool with a file handle of its own. A file that cannot be opened
+/// ends it silently.
 class FileWarmUp final
 {
 public:
@@ -28,8 +33,10 @@ public:
     qint64 bytesRead() const { return m_bytesRead; }
 
 private:
-    void read(const QString& filePath);
+    void read();
 
+    // Of the reading, as long as it runs.
+    QFile m_file;
     std::atomic<bool> m_stopRequested{ false };
     std::atomic<qint64> m_bytesRead{ 0 };
     QFuture<void> m_reading;

@@ -7,6 +7,11 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <cstdlib>
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
 
 constexpr qint64 blockSize = 10485760;
@@ -18,6 +23,48 @@ void makeSparseFile(const QString& path, qint64 size)
     if (!file.open(QIODevice::WriteOnly) || !file.resize(size))
         qFatal("Cannot make %s", qPrintable(path));
 }
+
+// A file that this process has locked, as a database in a transaction is.
+class LockedFile final
+{
+public:
+    explicit LockedFile(const QString& path)
+        : m_path(QFile::encodeName(path))
+        , m_descriptor(::open(m_path.constData(), O_RDWR | O_CLOEXEC))
+    {
+        flock lock = writeLock();
+        if (m_descriptor < 0 || ::fcntl(m_descriptor, F_SETLK, &lock) < 0)
+            qFatal("Cannot lock %s", m_path.constData());
+    }
+    ~LockedFile() { ::close(m_descriptor); }
+    Q_DISABLE_COPY(LockedFile)
+
+    // A process does not see its own locks, so another one looks.
+    bool isLockedForOthers() const
+    {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            flock lock = writeLock();
+            const int descriptor = ::open(m_path.constData(), O_RDWR | O_CLOEXEC);
+            const bool isLocked = ::fcntl(descriptor, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+            ::_exit(isLocked ? EXIT_SUCCESS : EXIT_FAILURE);
+        }
+        int status = 0;
+        return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
+    }
+
+private:
+    static flock writeLock()
+    {
+        flock lock = {};
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        return lock;
+    }
+
+    QByteArray m_path;
+    int m_descriptor;
+};
 
 } // namespace
 
@@ -32,6 +79,7 @@ private slots:
     void startStopsTheReadingBefore();
     void destroyingStopsTheReading();
     void missingFileEndsItSilently();
+    void locksOfTheProcessStay();
 
 private:
     QString path(const QString& name) const { return m_folder.filePath(name); }
@@ -111,6 +159,20 @@ void FileWarmUpTest::missingFileEndsItSilently()
 
     QCOMPARE(warmUp.bytesRead(), Q_INT64_C(0));
     QCOMPARE(recorder.messages(), QStringList());
+}
+
+void FileWarmUpTest::locksOfTheProcessStay()
+{
+    makeSparseFile(path("locked"), 5);
+    const LockedFile file(path("locked"));
+    QVERIFY(file.isLockedForOthers());
+    FileWarmUp warmUp;
+
+    warmUp.start(path("locked"));
+    warmUp.waitForFinished();
+
+    QCOMPARE(warmUp.bytesRead(), Q_INT64_C(5));
+    QVERIFY(file.isLockedForOthers());
 }
 
 QTEST_GUILESS_MAIN(FileWarmUpTest)
