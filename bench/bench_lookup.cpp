@@ -221,32 +221,31 @@ void measurePlaces(Reads& reads, int rows)
 }
 
 // From nothing, and after changes of single rows.
-void measureFreshness(Reads& reads)
+void measureFreshness(Reads& reads, const char* lookup)
 {
-    const QVariantMap parameters = view(QStringLiteral("4242"));
+    const QVariantMap parameters = view(QLatin1String(lookup));
     const double baseline = bestOfStatements([&]() {
         reads.countByStatement(parameters);
         reads.pullByStatement(page(parameters, 0));
     });
-    int number = 10;
+    static int number = 10;
     const auto measureAfter = [&](const char* what, const Work& change) {
         const double ours = best(runs, change, [&]() {
             reads.count(parameters);
             reads.pull(page(parameters, 0));
         });
-        print(what, baseline, ours);
+        print(qPrintable(QStringLiteral("lookup \"%1\" and page %2").arg(lookup, what)), baseline, ours);
     };
     const auto execute = [&](const QString& statement) {
         reads.execute(statement.arg(++number));
     };
-    measureAfter("first lookup and page, nothing in memory", [&]() { reads.forget(); });
-    measureAfter("lookup and page after a new rating",
-        [&]() { execute(QStringLiteral("UPDATE MetaData1 SET rating=%1 WHERE id=77")); });
-    measureAfter("lookup and page after a new description",
+    measureAfter("with nothing in memory", [&]() { reads.forget(); });
+    measureAfter(
+        "after a new rating", [&]() { execute(QStringLiteral("UPDATE MetaData1 SET rating=%1 WHERE id=77")); });
+    measureAfter("after a new description",
         [&]() { execute(QStringLiteral("UPDATE MetaData1 SET description='4242 %1' WHERE id=77")); });
-    measureAfter("lookup and page after a row has gone",
-        [&]() { execute(QStringLiteral("DELETE FROM MetaData1 WHERE id=%1")); });
-    measureAfter("lookup and page after a new row", [&]() {
+    measureAfter("after a row has gone", [&]() { execute(QStringLiteral("DELETE FROM MetaData1 WHERE id=%1")); });
+    measureAfter("after a new row", [&]() {
         execute(QStringLiteral("INSERT INTO MetaData1 (filePath, fileName, fileType, description) "
                                "VALUES ('/new/%1', '', '', 'New')"));
     });
@@ -291,7 +290,8 @@ void measure(const QSqlDatabase& connection, int rows, bool isBrief)
         measureExport(reads, "export", view(QString()));
         measureExport(reads, "export of the lookup \"sound\"", view(QStringLiteral("sound")));
     }
-    measureFreshness(reads);
+    measureFreshness(reads, "4242");
+    measureFreshness(reads, "sound");
 }
 
 } // namespace

@@ -266,21 +266,32 @@ const std::vector<quint32>* IndexedReads::orderedRows(const IndexedView& view)
     const RowSet* rows = matchingRows(view);
     if (rows == nullptr || m_viewSortField == view.sortField)
         return rows == nullptr ? nullptr : &m_viewOrder;
+    std::optional<std::vector<quint32>> sorted = m_index->sortedRows(*rows, view.sortField);
+    if (!sorted && !fillViewOrder(view))
+        return nullptr;
+    if (sorted)
+        m_viewOrder = *std::move(sorted);
+    m_viewSortField = view.sortField;
+    return &m_viewOrder;
+}
+
+// Out of the order of all rows.
+bool IndexedReads::fillViewOrder(const IndexedView& view)
+{
     const std::vector<quint32>* order = m_index->order(view.sortField);
     if (order == nullptr)
-        return nullptr;
+        return false;
     m_viewSortField.clear();
     m_viewOrder = std::vector<quint32>();
     // One place too many: each row is written, and stays if the next one does not take its place.
-    m_viewOrder.resize(size_t(rows->count()) + 1);
+    m_viewOrder.resize(size_t(m_viewRows.count()) + 1);
     size_t count = 0;
     for (const quint32 row : *order) {
         m_viewOrder[count] = row;
-        count += rows->contains(row) ? 1 : 0;
+        count += m_viewRows.contains(row) ? 1 : 0;
     }
     m_viewOrder.resize(count);
-    m_viewSortField = view.sortField;
-    return &m_viewOrder;
+    return true;
 }
 
 std::optional<QVariant> IndexedReads::countRows(const IndexedView& view)

@@ -49,6 +49,7 @@ private:
 
     const RowSet* matchingRows(const IndexedView& view);
     const std::vector<quint32>* orderedRows(const IndexedView& view);
+    bool fillViewOrder(const IndexedView& view);
     std::optional<QVariant> countRows(const IndexedView& view);
     std::optional<QVariant> readPage(
         const QSqlDatabase& connection, const IndexedView& view, const QVariantMap& parameters);

@@ -16,6 +16,10 @@ const QString filePathField = QStringLiteral("filePath");
 constexpr quint32 noRow = std::numeric_limits<quint32>::max();
 constexpr size_t rowsBetweenChecks = 1024;
 
+// A statement sorts so many rows sooner than it tells the order of all rows, of which they are a small part.
+constexpr size_t fewRows = 20000;
+constexpr size_t rowsPerFew = 50;
+
 // A table of all ids between the least and the greatest is worth its memory up to so many for each row.
 constexpr size_t greatestSpread = 4;
 
@@ -67,6 +71,22 @@ const std::vector<quint32>* RowIndex::order(const QString& sortField)
         return nullptr;
     }
     return &m_order;
+}
+
+std::optional<std::vector<quint32>> RowIndex::sortedRows(const RowSet& rows, const QString& sortField) const
+{
+    const auto count = size_t(rows.count());
+    if (m_sortField == sortField || count > fewRows || count * rowsPerFew > rows.size())
+        return std::nullopt;
+    QStringList ids;
+    rows.forEach([&](size_t row) { ids.append(QString::number(id(row))); });
+    SqliteStatement cursor(m_handle,
+        QStringLiteral("SELECT id FROM %1 WHERE id IN (%2) ORDER BY %3, id")
+            .arg(m_tableName, ids.join(QLatin1Char(',')), sortField));
+    std::vector<quint32> sorted;
+    while (cursor.next())
+        sorted.push_back(quint32(rowOf(cursor.integer(0))));
+    return sorted.size() == count ? std::make_optional(std::move(sorted)) : std::nullopt;
 }
 
 qint64 RowIndex::rowOf(qint64 id) const

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <map>
+#include <optional>
 #include <vector>
 
 class SqliteStatement;
@@ -51,6 +52,9 @@ public:
     bool findRows(const IndexedView& view, RowSet& rows);
     /// All rows, ascending by this field and the id; null when it is refused.
     const std::vector<quint32>* order(const QString& sortField);
+    /// Some of the rows, likewise; nothing when it is quicker to take them out of the order of all rows, or a statement
+    /// fails.
+    std::optional<std::vector<quint32>> sortedRows(const RowSet& rows, const QString& sortField) const;
 
     qint64 id(size_t row) const { return m_ids[row]; }
     /// The row of an id, or -1.

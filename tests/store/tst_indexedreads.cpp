@@ -108,6 +108,8 @@ private slots:
     void answersAreThoseOfTheStatements_data();
     void answersAreThoseOfTheStatements();
     void answersFarFromTheStartAreThoseOfTheStatements();
+    void fewHitsComeInTheOrderOfTheStatements();
+    void orderOfAllRowsIsNotReadForFewHits();
     void missingValuesAndStrangeTextsAreNoHindrance_data();
     void missingValuesAndStrangeTextsAreNoHindrance();
     void changesOfAnotherConnectionAreSeenAtOnce();
@@ -318,6 +320,43 @@ void IndexedReadsTest::answersFarFromTheStartAreThoseOfTheStatements()
         }
     }
     QCOMPARE(m_answers, 7 * 2 * 6);
+}
+
+void IndexedReadsTest::fewHitsComeInTheOrderOfTheStatements()
+{
+    insertRows(5000, "Sound ");
+    QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET duration=NULL WHERE id%3=0"), QString());
+    QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET rating=id%4"), QString());
+    for (const QString& field : sortableFieldNames()) {
+        m_reads = nullptr;
+        m_reads = std::make_unique<IndexedReads>(m_fixture->connection());
+        for (const int sortOrder : { 0, 1 }) {
+            for (const int offset : { 0, 7 }) {
+                compare(runPullMetaData, &IndexedReads::pullMetaData,
+                    { { "lookup", "123" }, { "lookupFields", QStringList{ "library", "description" } },
+                        { "sortField", field }, { "sortOrder", sortOrder }, { "limit", 10 }, { "offset", offset } });
+            }
+        }
+    }
+    QCOMPARE(m_answers, 7 * 2 * 2);
+}
+
+void IndexedReadsTest::orderOfAllRowsIsNotReadForFewHits()
+{
+    constexpr int rows = 5000;
+    insertRows(rows, "Sound ");
+    const QVariantMap view{ { "lookupFields", QStringList{ "description" } }, { "sortField", "fileName" },
+        { "limit", 10 } };
+    const auto bytesWith = [&](const QString& lookup) {
+        QVariantMap parameters = view;
+        parameters.insert("lookup", lookup);
+        return isAnswered(&IndexedReads::pullMetaData, parameters) ? m_reads->bytes() : 0;
+    };
+
+    const size_t forFewHits = bytesWith("123");
+
+    QVERIFY(forFewHits > 0);
+    QVERIFY(bytesWith("1") >= forFewHits + rows * sizeof(quint32));
 }
 
 void IndexedReadsTest::missingValuesAndStrangeTextsAreNoHindrance_data()
