@@ -184,7 +184,7 @@ bool IndexedReads::lookupMetaDataRow(const QSqlDatabase& connection, OperationRe
 
 size_t IndexedReads::bytes() const
 {
-    const size_t viewBytes = m_viewRows.bytes() + m_viewOrder.capacity() * sizeof(quint32);
+    const size_t viewBytes = m_viewRows.bytes() + m_viewOrder.bytes();
     return viewBytes + (m_index ? m_index->bytes() : 0);
 }
 
@@ -243,8 +243,7 @@ void IndexedReads::forgetView()
 {
     m_viewWhere.reset();
     m_viewRows = RowSet();
-    m_viewSortField.clear();
-    m_viewOrder = std::vector<quint32>();
+    m_viewOrder.clear();
 }
 
 // Null when the statement has to answer, as below.
@@ -259,39 +258,39 @@ const RowSet* IndexedReads::matchingRows(const IndexedView& view)
     return &m_viewRows;
 }
 
-const std::vector<quint32>* IndexedReads::orderedRows(const IndexedView& view)
+// So many of a filtered view's rows from the first on, or all.
+bool IndexedReads::orderMatchingRows(const IndexedView& view, size_t count)
 {
-    if (!view.isFiltered())
-        return m_index->order(view.sortField);
     const RowSet* rows = matchingRows(view);
-    if (rows == nullptr || m_viewSortField == view.sortField)
-        return rows == nullptr ? nullptr : &m_viewOrder;
-    std::optional<std::vector<quint32>> sorted = m_index->sortedRows(*rows, view.sortField);
-    if (!sorted && !fillViewOrder(view))
-        return nullptr;
-    if (sorted)
-        m_viewOrder = *std::move(sorted);
-    m_viewSortField = view.sortField;
-    return &m_viewOrder;
-}
-
-// Out of the order of all rows.
-bool IndexedReads::fillViewOrder(const IndexedView& view)
-{
+    if (rows == nullptr)
+        return false;
+    if (!m_viewOrder.isOf(view.sortField, view.isDescending)) {
+        m_viewOrder.begin(view.sortField, view.isDescending);
+        if (std::optional<std::vector<quint32>> sorted = m_index->sortedRows(*rows, view.sortField))
+            m_viewOrder.set(*std::move(sorted));
+    }
+    if (m_viewOrder.rows().size() >= std::min(count, size_t(rows->count())))
+        return true;
     const std::vector<quint32>* order = m_index->order(view.sortField);
     if (order == nullptr)
         return false;
-    m_viewSortField.clear();
-    m_viewOrder = std::vector<quint32>();
-    // One place too many: each row is written, and stays if the next one does not take its place.
-    m_viewOrder.resize(size_t(m_viewRows.count()) + 1);
-    size_t count = 0;
-    for (const quint32 row : *order) {
-        m_viewOrder[count] = row;
-        count += m_viewRows.contains(row) ? 1 : 0;
-    }
-    m_viewOrder.resize(count);
+    m_viewOrder.extend(*order, *rows, count);
     return true;
+}
+
+std::optional<std::vector<qint64>> IndexedReads::idsOfPage(const IndexedView& view, size_t offset, size_t limit)
+{
+    if (view.isFiltered() && !orderMatchingRows(view, offset + limit))
+        return std::nullopt;
+    const std::vector<quint32>* rows = view.isFiltered() ? &m_viewOrder.rows() : m_index->order(view.sortField);
+    const size_t end = rows == nullptr ? 0 : std::min(offset + limit, rows->size());
+    if (rows == nullptr || end > offset + greatestIdsCount)
+        return std::nullopt;
+    const bool isReversed = view.isDescending && !view.isFiltered();
+    std::vector<qint64> ids;
+    for (size_t place = offset; place < end; ++place)
+        ids.push_back(m_index->id((*rows)[isReversed ? rows->size() - 1 - place : place]));
+    return ids;
 }
 
 std::optional<QVariant> IndexedReads::countRows(const IndexedView& view)
@@ -303,19 +302,15 @@ std::optional<QVariant> IndexedReads::countRows(const IndexedView& view)
 std::optional<QVariant> IndexedReads::readPage(
     const QSqlDatabase& connection, const IndexedView& view, const QVariantMap& parameters)
 {
-    const std::vector<quint32>* rows = !view.sortField.isEmpty() && bringUpToDate() ? orderedRows(view) : nullptr;
-    if (rows == nullptr)
+    if (view.sortField.isEmpty() || !bringUpToDate())
         return std::nullopt;
-    const size_t begin = std::min(size_t(pageOffset(parameters)), rows->size());
-    const size_t end = std::min(begin + size_t(pageLimit(parameters)), rows->size());
-    if (end - begin > greatestIdsCount)
+    const std::optional<std::vector<qint64>> ids
+        = idsOfPage(view, size_t(pageOffset(parameters)), size_t(pageLimit(parameters)));
+    if (!ids)
         return std::nullopt;
-    std::vector<qint64> ids;
-    for (size_t place = begin; place < end; ++place)
-        ids.push_back(m_index->id((*rows)[view.isDescending ? rows->size() - 1 - place : place]));
     const QString singleField = parameters.value(QStringLiteral("singleField")).toString();
-    return singleField.isEmpty() ? readRecords(connection, m_tableId, ids)
-                                 : readField(connection, m_tableId, singleField, ids);
+    return singleField.isEmpty() ? readRecords(connection, m_tableId, *ids)
+                                 : readField(connection, m_tableId, singleField, *ids);
 }
 
 // How many rows of the view come before the record, which need not be one of them.

@@ -3,6 +3,7 @@
 
 #include "store/changewatch.h"
 #include "store/rowindex.h"
+#include "store/vieworder.h"
 
 #include <QVariantList>
 #include <QVariantMap>
@@ -48,8 +49,8 @@ private:
     void forgetView();
 
     const RowSet* matchingRows(const IndexedView& view);
-    const std::vector<quint32>* orderedRows(const IndexedView& view);
-    bool fillViewOrder(const IndexedView& view);
+    bool orderMatchingRows(const IndexedView& view, size_t count);
+    std::optional<std::vector<qint64>> idsOfPage(const IndexedView& view, size_t offset, size_t limit);
     std::optional<QVariant> countRows(const IndexedView& view);
     std::optional<QVariant> readPage(
         const QSqlDatabase& connection, const IndexedView& view, const QVariantMap& parameters);
@@ -63,9 +64,8 @@ private:
     // It was never brought up to date.
     bool m_isIndexNew = true;
 
-    // The rows of the last filtered view, in the order of the ids and, once a page was asked for, in its own.
+    // The rows of the last filtered view, in the order of the ids and in its own.
     std::optional<QString> m_viewWhere;
     RowSet m_viewRows;
-    QString m_viewSortField;
-    std::vector<quint32> m_viewOrder;
+    ViewOrder m_viewOrder;
 };
