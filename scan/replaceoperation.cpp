@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "scan/replaceoperation.h"
 
-#include "scan/rowbatches.h"
+#include "scan/batchedchange.h"
 #include "store/fieldcatalogue.h"
 #include "store/metadata.h"
 #include "store/metadatafields.h"
 #include "store/operationreply.h"
 #include "store/recordreader.h"
 #include "store/recordwriter.h"
-#include "store/transaction.h"
 #include "store/transactionstate.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
-#include <QSqlDatabase>
 
 #include <algorithm>
-#include <optional>
 
 namespace {
 
@@ -88,17 +84,12 @@ struct Replacement
     }
 };
 
-class Replace
+class Replace final : public BatchedChange
 {
-    Q_DECLARE_TR_FUNCTIONS(Replace)
-
 public:
     Replace(const QSqlDatabase& connection, OperationReply* reply, int tableId, const QStringList& fields,
         const Replacement& replacement, const QVariantMap& parameters)
-        : m_connection(connection)
-        , m_reply(reply)
-        , m_batches(connection, tableId, parameters)
-        , m_tableId(tableId)
+        : BatchedChange(connection, reply, tableId, parameters)
         , m_replacement(replacement)
     {
         for (const QString& field : fields) {
@@ -107,67 +98,33 @@ public:
         }
     }
 
-    void run();
-
 private:
-    bool replaceRows();
+    bool changeRows() override;
     QString columns() const;
-    bool replaceBatch(const QVector<RowBatches::Row>& rows);
+    bool replaceBatch(RecordWriter& writer, const QVector<RowBatches::Row>& rows);
     QVector<Change> changesOf(const QVector<RowBatches::Row>& rows) const;
     QVariantMap changedValues(const RowBatches::Row& row) const;
     Change changeOf(const RowBatches::Row& row, const QVariantMap& values) const;
-    MetaData write(const Change& change);
-    void finish(Transaction& transaction, bool isComplete);
+    static MetaData write(RecordWriter& writer, const Change& change);
 
-    const QSqlDatabase& m_connection;
-    OperationReply* m_reply;
-    RowBatches m_batches;
-    // As long as rows are being replaced.
-    std::optional<RecordWriter> m_writer;
-    int m_tableId;
     // Those of the fields that there are.
     QStringList m_fields;
     Replacement m_replacement;
-    int m_replacementsCount = 0;
-    QString m_error;
 };
 
-void Replace::run()
+bool Replace::changeRows()
 {
-    m_reply->setProgress(0, -1);
-    if (!m_batches.count()) {
-        m_reply->setError(tr("Unable to get rows count: %1").arg(m_batches.errorText()));
-        return;
-    }
-    m_reply->setProgress(0, m_batches.rowsCount());
-    Transaction transaction(m_connection);
-    if (!transaction.begin()) {
-        m_reply->setError(tr("Unable to begin replace transaction: %1").arg(transaction.errorText()));
-        return;
-    }
-    m_writer.emplace(m_connection, m_tableId, 0, false);
-    const bool isComplete = replaceRows();
-    m_writer.reset();
-    finish(transaction, isComplete);
-}
-
-// False when canceled or failed.
-bool Replace::replaceRows()
-{
+    RecordWriter writer(connection(), tableId(), 0, false);
     const QString columnNames = columns();
-    while (!m_batches.atEnd()) {
-        if (m_reply->isCanceled())
-            return false;
+    while (!isAtEnd()) {
         QVector<RowBatches::Row> rows;
-        if (!m_batches.next(columnNames, rows)) {
-            m_error = tr("Unable to select MetaData: %1").arg(m_batches.errorText());
+        if (!readBatch(columnNames, rows))
             return false;
-        }
         // The commit then fails, and says so.
-        if (!replaceBatch(rows) && !isTransactionActive(m_connection))
-            return true;
+        if (!replaceBatch(writer, rows) && !isTransactionActive(connection()))
+            break;
     }
-    return !m_reply->isCanceled();
+    return true;
 }
 
 QString Replace::columns() const
@@ -177,28 +134,28 @@ QString Replace::columns() const
 }
 
 // False when records were refused.
-bool Replace::replaceBatch(const QVector<RowBatches::Row>& rows)
+bool Replace::replaceBatch(RecordWriter& writer, const QVector<RowBatches::Row>& rows)
 {
     const QVector<Change> changes = changesOf(rows);
     // Counted before the write: refused records are reported as warnings, not taken off.
-    m_replacementsCount += changes.size();
+    addChangedRows(changes.size());
     QStringList warnings;
     for (const Change& change : changes) {
-        const MetaData failed = write(change);
+        const MetaData failed = write(writer, change);
         if (!failed.isNull())
             warnings.append(QStringLiteral("%1: %2").arg(failed.error(), failed.filePath()));
     }
-    m_reply->setProgress(m_batches.processedCount(), m_batches.rowsCount());
-    m_reply->addWarnings(warnings);
+    showProgress();
+    reply()->addWarnings(warnings);
     return warnings.isEmpty();
 }
 
 // The record with its error set when it could not be written.
-MetaData Replace::write(const Change& change)
+MetaData Replace::write(RecordWriter& writer, const Change& change)
 {
     if (!change.fields.isEmpty())
-        return m_writer->writeFields(change.record, change.fields);
-    return m_writer->write(MetaDataList{ change.record }).value(0);
+        return writer.writeFields(change.record, change.fields);
+    return writer.write(MetaDataList{ change.record }).value(0);
 }
 
 QVector<Change> Replace::changesOf(const QVector<RowBatches::Row>& rows) const
@@ -236,26 +193,12 @@ Change Replace::changeOf(const RowBatches::Row& row, const QVariantMap& values) 
     const QStringList names = values.keys();
     const bool isWhole = !row.at(IsPlain).toBool() || std::any_of(names.begin(), names.end(), isIdentity);
     const qint64 id = row.at(Id).toLongLong();
-    MetaData record = isWhole ? fetchMetaData(m_connection, m_tableId, id) : MetaData();
+    MetaData record = isWhole ? fetchMetaData(connection(), tableId(), id) : MetaData();
     record.setId(id);
     record.setFilePath(row.at(FilePath).toString());
     for (auto value = values.begin(); value != values.end(); ++value)
         findMetaDataField(value.key())->write(record, value.value());
     return { record, isWhole ? QStringList() : names };
-}
-
-// The reply is ended last: its owner may release it as soon as it has ended.
-void Replace::finish(Transaction& transaction, bool isComplete)
-{
-    if (!isComplete) {
-        transaction.rollback();
-        m_reply->setError(m_error.isEmpty() ? tr("Canceled") : m_error);
-    } else if (!transaction.commit()) {
-        m_reply->setError(tr("Unable to commit replace transaction: %1").arg(transaction.errorText()));
-    } else {
-        m_reply->setResult(QStringLiteral("replacementsCount"), m_replacementsCount);
-        m_reply->finish();
-    }
 }
 
 } // namespace
