@@ -16,8 +16,9 @@ const QString filePathField = QStringLiteral("filePath");
 constexpr quint32 noRow = std::numeric_limits<quint32>::max();
 constexpr size_t rowsBetweenChecks = 1024;
 
-// A statement sorts so many rows sooner than it tells the order of all rows, of which they are a small part.
-constexpr size_t fewRows = 20000;
+// To sort so many rows by a statement takes a few milliseconds each time, to read the order of all rows, of which they
+// are a small part, a hundred once.
+constexpr size_t fewRows = 1000;
 constexpr size_t rowsPerFew = 50;
 
 // A table of all ids between the least and the greatest is worth its memory up to so many for each row.
