@@ -4,8 +4,9 @@
 #include "store/operationreply.h"
 #include "store/transaction.h"
 
-BatchedChange::BatchedChange(QSqlDatabase connection, OperationReply* reply, int tableId, const QVariantMap& parameters)
-    : m_connection(std::move(connection))
+BatchedChange::BatchedChange(
+    const QSqlDatabase& connection, OperationReply* reply, int tableId, const QVariantMap& parameters)
+    : m_connection(connection)
     , m_reply(reply)
     , m_tableId(tableId)
     , m_batches(m_connection, tableId, parameters)

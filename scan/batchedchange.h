@@ -28,7 +28,8 @@ public:
 
 protected:
     /// Of `parameters` only the filters count (see store/querycomposer.h).
-    BatchedChange(QSqlDatabase connection, OperationReply* reply, int tableId, const QVariantMap& parameters = {});
+    BatchedChange(
+        const QSqlDatabase& connection, OperationReply* reply, int tableId, const QVariantMap& parameters = {});
 
     /// False when canceled or failed. Every query has ended when it returns, so that the transaction can be closed.
     virtual bool changeRows() = 0;
