@@ -3,6 +3,7 @@
 
 #include "audio/disguisedsound.h"
 #include "audio/inputfile.h"
+#include "audio/mpegframewalk.h"
 #include "audio/mpegseekindex.h"
 
 #include <QChar>
