@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/foldedtext.h"
 
+#include "store/growth.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -111,9 +113,9 @@ bool FoldedText::append(std::string_view text)
     if (text.size() >= size_t(greatestBytes - start))
         return false;
     const int end = start + int(text.size()) + 1;
-    // By an eighth: large blocks are moved by the system without a copy.
+    // Large blocks are moved by the system without a copy.
     if (end > m_text.capacity())
-        m_text.reserve(end + end / 8);
+        m_text.reserve(int(nextCapacity(size_t(end))));
     m_text.resize(end);
     char* target = m_text.data() + start;
     uchar allBytes = 0;
@@ -126,7 +128,7 @@ bool FoldedText::append(std::string_view text)
         m_text.resize(start);
         return false;
     }
-    m_starts.push_back(quint32(end));
+    appendSparingly(m_starts, quint32(end));
     return true;
 }
 

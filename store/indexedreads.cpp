@@ -188,6 +188,12 @@ size_t IndexedReads::bytes() const
     return viewBytes + (m_index ? m_index->bytes() : 0);
 }
 
+void IndexedReads::waitForWords()
+{
+    if (m_index)
+        m_index->waitForWords();
+}
+
 // What `findAnswer` finds, in a transaction of its own, so that all that is read is of one age.
 template <typename Answer>
 std::optional<QVariant> IndexedReads::answer(

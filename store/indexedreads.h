@@ -39,6 +39,8 @@ public:
 
     /// What is held at the moment.
     size_t bytes() const;
+    /// For tests and benchmarks: waits for what is made in the background to quicken lookups.
+    void waitForWords();
 
 private:
     template <typename Answer>

@@ -4,8 +4,10 @@
 #include "store/querycomposer.h"
 #include "store/sqlitestatement.h"
 #include "store/tablepass.h"
+#include "store/termsearch.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <numeric>
 
@@ -59,7 +61,7 @@ bool RowIndex::findRows(const IndexedView& view, RowSet& rows)
         rows.intersect(*flagged);
     }
     if (!view.terms.empty())
-        applyTerms(view, rows);
+        TermSearch(columns(view.lookupFields), view.terms).apply(rows);
     return true;
 }
 
@@ -107,7 +109,7 @@ qint64 RowIndex::rowOf(qint64 id) const
 
 size_t RowIndex::bytes() const
 {
-    size_t bytes = (m_ids.capacity() + m_order.capacity()) * sizeof(quint32) + m_rows.bytes();
+    size_t bytes = (m_ids.capacity() + m_order.capacity()) * sizeof(quint32) + m_rows.bytes() + m_words.bytes();
     for (const auto& text : m_texts)
         bytes += text.second.bytes();
     for (const auto& rows : m_flaggedRows)
@@ -115,12 +117,32 @@ size_t RowIndex::bytes() const
     return bytes;
 }
 
-bool RowIndex::isWithinLimits() const
+size_t RowIndex::pathBytes() const
 {
     const auto paths = m_texts.find(filePathField);
-    const size_t pathBytes = paths == m_texts.end() ? 0 : paths->second.bytes();
-    return bytes() - pathBytes <= m_limits.perRow * m_expectedRows + m_limits.besides
-        && pathBytes <= m_limits.perPath * m_expectedRows + m_limits.besides;
+    return paths == m_texts.end() ? 0 : paths->second.bytes();
+}
+
+bool RowIndex::isWithinLimits() const
+{
+    return bytes() - pathBytes() <= m_limits.perRow * m_expectedRows + m_limits.besides
+        && pathBytes() <= m_limits.perPath * m_expectedRows + m_limits.besides;
+}
+
+// Not of paths: nearly each has words of its own.
+void RowIndex::beginWords()
+{
+    if (m_words.hasBegun() || m_expectedRows < m_limits.fewestRowsForWords)
+        return;
+    // What is held now, an order that may still be read, and some bits for each row.
+    const size_t needed = bytes() - pathBytes() + (m_order.empty() ? m_ids.size() * sizeof(quint32) : 0) + m_ids.size();
+    const size_t allowed = m_limits.perRow * m_expectedRows;
+    if (needed >= allowed)
+        return;
+    std::map<QString, FoldedText> texts;
+    std::copy_if(m_texts.begin(), m_texts.end(), std::inserter(texts, texts.end()),
+        [](const auto& text) { return text.first != filePathField; });
+    m_words.begin(std::move(texts), allowed - needed);
 }
 
 void RowIndex::refuse()
@@ -135,6 +157,7 @@ void RowIndex::clear()
     m_ascendingIds = 0;
     m_rows = RowSet();
     m_texts.clear();
+    m_words.clear();
     m_flaggedRows.clear();
     forgetOrder();
 }
@@ -155,16 +178,22 @@ bool RowIndex::prepareTexts(const QStringList& fields)
     const auto isMissing = [this](const QString& field) {
         return m_texts.count(field) == 0;
     };
-    if (std::none_of(fields.begin(), fields.end(), isMissing))
+    if (std::none_of(fields.begin(), fields.end(), isMissing)) {
+        // Only what is searched more than once before it changes pays.
+        beginWords();
         return true;
+    }
     // A pass finds the rows in the order of their ids.
     if (m_ids.size() != m_ascendingIds || size_t(m_rows.count()) != m_ids.size())
         clear();
     QStringList missing;
     std::copy_if(fields.begin(), fields.end(), std::back_inserter(missing), isMissing);
+    const bool areOnlyPaths = missing == QStringList{ filePathField };
+    if (!areOnlyPaths)
+        m_words.clear();
     if (readTexts(missing))
         return true;
-    if (missing == QStringList{ filePathField }) {
+    if (areOnlyPaths) {
         m_texts.erase(filePathField);
         m_arePathsRefused = true;
     } else {
@@ -300,107 +329,10 @@ const RowSet* RowIndex::flaggedRows(const QString& flagsWhere)
     return &m_flaggedRows.emplace(flagsWhere, std::move(rows)).first->second;
 }
 
-RowIndex::Columns RowIndex::columns(const QStringList& fields) const
+std::vector<SearchedColumn> RowIndex::columns(const QStringList& fields) const
 {
-    Columns columns;
+    std::vector<SearchedColumn> columns;
     for (const QString& field : fields)
-        columns.push_back(&m_texts.at(field));
+        columns.push_back({ &m_texts.at(field), m_words.find(field) });
     return columns;
-}
-
-bool RowIndex::isFound(const Search& search, size_t row)
-{
-    return std::any_of(search.columns.begin(), search.columns.end(),
-        [&](const FoldedText* column) { return column->isMatch(search.term->pattern, row); });
-}
-
-// Some hundred rows all over the table.
-std::vector<size_t> RowIndex::sampleOfRows() const
-{
-    constexpr size_t sampleSize = 400;
-    std::vector<size_t> sample;
-    for (size_t row = 0; row < m_ids.size(); row += m_ids.size() / sampleSize + 1)
-        sample.push_back(row);
-    return sample;
-}
-
-RowIndex::Search RowIndex::sampledSearch(
-    const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample)
-{
-    constexpr size_t rowsPerLook = 5;
-    // To search a text through takes longer the more is found; a look ends sooner.
-    constexpr size_t rowsPerLookForFrequent = 2;
-    Search search{ &term, mostHitsFirst(term, columns, sample), 0, rowsPerLook };
-    const auto found
-        = size_t(std::count_if(sample.begin(), sample.end(), [&](size_t row) { return isFound(search, row); }));
-    search.sampledRows = term.isNegated ? sample.size() - found : found;
-    if (term.pattern.isPlain() && 2 * found > sample.size())
-        search.rowsPerLook = rowsPerLookForFrequent;
-    return search;
-}
-
-RowIndex::Columns RowIndex::mostHitsFirst(
-    const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample)
-{
-    std::vector<std::pair<std::ptrdiff_t, const FoldedText*>> counted;
-    for (const FoldedText* column : columns) {
-        const auto isHit = [&](size_t row) {
-            return column->isMatch(term.pattern, row);
-        };
-        counted.emplace_back(std::count_if(sample.begin(), sample.end(), isHit), column);
-    }
-    std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
-    Columns sorted;
-    sorted.reserve(counted.size());
-    for (const auto& entry : counted)
-        sorted.push_back(entry.second);
-    return sorted;
-}
-
-// Few rows are left for the other terms then, and each of them is looked at by itself.
-std::vector<RowIndex::Search> RowIndex::rarestFirst(const IndexedView& view) const
-{
-    const Columns searched = columns(view.lookupFields);
-    const std::vector<size_t> sample = sampleOfRows();
-    std::vector<Search> searches;
-    searches.reserve(view.terms.size());
-    for (const IndexedView::Term& term : view.terms)
-        searches.push_back(sampledSearch(term, searched, sample));
-    std::stable_sort(searches.begin(), searches.end(),
-        [](const Search& a, const Search& b) { return a.sampledRows < b.sampledRows; });
-    return searches;
-}
-
-void RowIndex::applyTerms(const IndexedView& view, RowSet& rows) const
-{
-    const std::vector<Search> searches = rarestFirst(view);
-    RowSet hits(rows.size());
-    // All words range by range: the texts of a range are in the processor's cache when the second word is searched.
-    forEachRowRange(rows.size(), [&](const RowRange& range) {
-        for (const Search& search : searches)
-            applyTerm(search, range, rows, hits);
-    });
-}
-
-// Where few rows of the range are left each is looked at by itself, else the texts of the range are searched through.
-void RowIndex::applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits)
-{
-    if (size_t(rows.count(range)) * search.rowsPerLook < range.end - range.begin) {
-        rows.forEach(range, [&](size_t row) {
-            if (isFound(search, row) == search.term->isNegated)
-                rows.remove(row);
-        });
-        return;
-    }
-    hits.clear(range);
-    for (const FoldedText* column : search.columns) {
-        column->find(search.term->pattern, range, hits);
-        // A word that is in every path need not be looked for in the descriptions.
-        if (hits.includes(rows, range))
-            break;
-    }
-    if (search.term->isNegated)
-        rows.subtract(hits, range);
-    else
-        rows.intersect(hits, range);
 }

@@ -4,6 +4,7 @@
 #include "store/foldedtext.h"
 #include "store/indexedview.h"
 #include "store/rowset.h"
+#include "store/wordindexes.h"
 
 #include <QString>
 #include <QStringList>
@@ -14,6 +15,7 @@
 #include <vector>
 
 class SqliteStatement;
+struct SearchedColumn;
 struct sqlite3;
 
 /// By what the rows of one table are found without a statement: their ids, one order of theirs, and the folded texts
@@ -25,8 +27,8 @@ struct sqlite3;
 /// What cannot be answered exactly, or only with more memory than allowed, is refused: the statements have to answer.
 /// The functions that read may throw std::bad_alloc; the index is of no more use then.
 ///
-/// Memory per row, in bytes: the id 4, the order 4, library and description their UTF-8 and 10, and with a lookup in
-/// file paths these likewise (path and 5). Limited by `Limits`.
+/// Memory per row, in bytes: the id 4, the order 4, library and description their UTF-8 and 10, their words some 20 to
+/// 30 where the limits leave as much, and with a lookup in file paths these likewise (path and 5). Limited by `Limits`.
 /// Owner: IndexedReads. Thread: the store's.
 class RowIndex final
 {
@@ -38,6 +40,8 @@ public:
         /// For file paths alone, while lookups search them too.
         size_t perPath = 250;
         size_t besides = 1 << 20;
+        /// Of fewer rows no WordIndex is made: their texts are searched in a fraction of a millisecond.
+        size_t fewestRowsForWords = 100000;
     };
 
     RowIndex(sqlite3* handle, int tableId, const Limits& limits);
@@ -60,24 +64,13 @@ public:
     /// The row of an id, or -1.
     qint64 rowOf(qint64 id) const;
     size_t bytes() const;
+    /// For tests and benchmarks: waits until the words of the texts are there, if they are being made.
+    void waitForWords() { m_words.waitForFinished(); }
 
     /// Gives all back and answers nothing from now on.
     void refuse();
 
 private:
-    using Columns = std::vector<const FoldedText*>;
-
-    /// A term, and the columns in which it is looked for, those with most hits first.
-    struct Search
-    {
-        const IndexedView::Term* term = nullptr;
-        Columns columns;
-        // How many of some hundred rows it leaves.
-        size_t sampledRows = 0;
-        // Of so many rows, at most one is left where it is quicker to look at each of these by itself.
-        size_t rowsPerLook = 0;
-    };
-
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
     bool readRows(const QStringList& fields);
@@ -88,20 +81,13 @@ private:
     bool numberOrder();
     bool takeIds(std::vector<quint32> ids);
     bool beginFirstPass();
+    size_t pathBytes() const;
     bool isWithinLimits() const;
+    void beginWords();
     void clear();
 
     const RowSet* flaggedRows(const QString& flagsWhere);
-    Columns columns(const QStringList& fields) const;
-    static bool isFound(const Search& search, size_t row);
-    std::vector<size_t> sampleOfRows() const;
-    static Search sampledSearch(
-        const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample);
-    static Columns mostHitsFirst(
-        const IndexedView::Term& term, const Columns& columns, const std::vector<size_t>& sample);
-    std::vector<Search> rarestFirst(const IndexedView& view) const;
-    void applyTerms(const IndexedView& view, RowSet& rows) const;
-    static void applyTerm(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits);
+    std::vector<SearchedColumn> columns(const QStringList& fields) const;
 
     bool isSearchedAsBefore(const SqliteStatement& cursor, const QStringList& fields, size_t row) const;
     bool appendRow(const SqliteStatement& cursor, const QStringList& fields, qint64 id);
@@ -124,6 +110,7 @@ private:
     // Rows that are not dead.
     RowSet m_rows;
     std::map<QString, FoldedText> m_texts;
+    WordIndexes m_words;
     std::map<QString, RowSet> m_flaggedRows;
     QString m_sortField;
     std::vector<quint32> m_order;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How a RowIndex follows single rows that have changed.
+#include "store/growth.h"
 #include "store/rowindex.h"
 #include "store/sqlitestatement.h"
 
@@ -72,7 +73,7 @@ bool RowIndex::appendRow(const SqliteStatement& cursor, const QStringList& field
 {
     if (id < 0 || id >= std::numeric_limits<quint32>::max() || !appendTexts(cursor, textsOf(fields)))
         return false;
-    m_ids.push_back(quint32(id));
+    appendSparingly(m_ids, quint32(id));
     m_rows.append();
     return true;
 }

@@ -54,9 +54,10 @@ public:
     {
         forEachWord(range, [&](size_t i) { m_words[i] &= other.m_words[i]; });
     }
+    /// The other set may be of fewer rows.
     void unite(const RowSet& other)
     {
-        forEachWord({ 0, m_size }, [&](size_t i) { m_words[i] |= other.m_words[i]; });
+        forEachWord({ 0, other.m_size }, [&](size_t i) { m_words[i] |= other.m_words[i]; });
     }
     void subtract(const RowSet& other, const RowRange& range)
     {

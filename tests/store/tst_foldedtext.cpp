@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/foldedtext.h"
+#include "tests/store/textfixture.h"
 
 #include <QtTest>
 
@@ -21,18 +22,6 @@ private slots:
 };
 
 namespace {
-
-LikePattern pattern(const QString& term)
-{
-    return *LikePattern::fromTerm(term);
-}
-
-std::vector<size_t> rowsOf(const RowSet& set)
-{
-    std::vector<size_t> rows;
-    set.forEach([&rows](size_t row) { rows.push_back(row); });
-    return rows;
-}
 
 std::vector<size_t> rowsFound(const FoldedText& column, const QString& term)
 {

@@ -7,48 +7,15 @@
 #include "store/recordwriter.h"
 #include "store/writeoperations.h"
 #include "tests/store/connectionfixture.h"
+#include "tests/store/randomviews.h"
 
-#include <QSqlError>
-#include <QSqlQuery>
 #include <QtTest>
-
-#include <random>
 
 // Held against the statements: whatever an IndexedReads answers, the statements must answer the same.
 namespace {
 
 constexpr int tableId = 1;
 constexpr int otherTableId = 2;
-
-const QStringList textPieces{ "a", "A", "b", "Drum", "dRUM", "loop", "%", "_", "'", " ", "!", "é", "É", "ß", "漢", "😀",
-    "\t", "?", ":id", "%1", "" };
-const QStringList termPieces{ "a", "B", "drum", "Loop", "ru", "%", "_", "__", "'", "!", "é", "É", "漢", "😀", "\t",
-    "d%m", "a_b", "_a", "%1", "?", "zz", ":id", "(" };
-
-class Chance
-{
-public:
-    explicit Chance(uint seed)
-        : m_engine(seed)
-    {
-    }
-
-    int below(int limit) { return int(m_engine() % uint(limit)); }
-    bool oneIn(int count) { return below(count) == 0; }
-    QString pick(const QStringList& list) { return list.at(below(list.size())); }
-    QString text(const QStringList& pieces, int greatestCount)
-    {
-        QString text;
-        for (int count = below(greatestCount + 1); count > 0; --count)
-            text += pick(pieces);
-        return text;
-    }
-
-private:
-    std::mt19937 m_engine;
-};
-
-using Reply = std::unique_ptr<OperationReply>;
 
 // The end of a reply as one value.
 QVariantList outcome(OperationReply& reply)
@@ -61,39 +28,13 @@ QVariantList outcome(OperationReply& reply)
         records };
 }
 
-QVariantMap randomView(Chance& chance)
+// Words are made for small tables, too.
+RowIndex::Limits limitsWithWords()
 {
-    QVariantMap view;
-    QStringList terms;
-    for (int count = chance.below(4); count > 0; --count)
-        terms.append((chance.oneIn(3) ? "!" : "") + chance.text(termPieces, 2));
-    const QVector<QStringList> fieldLists{ { "library", "description" }, { "library", "description", "filePath" },
-        { "description" }, {} };
-    view.insert("lookup", terms.join(chance.oneIn(4) ? "  " : " "));
-    view.insert("lookupFields", fieldLists.at(std::max(0, chance.below(8) - 4)));
-    view.insert("lastScannedOnly", chance.oneIn(4));
-    view.insert("playlistOnly", chance.oneIn(4));
-    if (!chance.oneIn(10))
-        view.insert("sortField", chance.pick(sortableFieldNames()));
-    view.insert("sortOrder", chance.below(2));
-    return view;
-}
-
-MetaData randomRecord(Chance& chance, int number)
-{
-    MetaData record{ QVariantMap() };
-    record.setFilePath(QString("/%1/%2.wav").arg(chance.text(textPieces, 4)).arg(number));
-    record.setFileName(chance.text(textPieces, 2) + ".wav");
-    record.setFileType(chance.pick({ "wav", "WAV", "mp3" }));
-    record.setLibrary(chance.text(textPieces, 2));
-    record.setDescription(chance.text(textPieces, 5) + QLatin1String(""));
-    record.setDuration(1 + chance.below(3));
-    record.setRating(chance.below(4));
-    record.setSampleRate(48000);
-    record.setChannelsCount(2);
-    record.setBitsPerSample(16);
-    record.setPlaylist(chance.below(2));
-    return record;
+    RowIndex::Limits limits;
+    limits.perRow = 100000;
+    limits.fewestRowsForWords = 1;
+    return limits;
 }
 
 } // namespace
@@ -107,6 +48,9 @@ private slots:
     void cleanup();
     void answersAreThoseOfTheStatements_data();
     void answersAreThoseOfTheStatements();
+    void wordsAreMadeOfTextsThatAreSearchedTwice();
+    void wordsAreNotMadeOfMoreMemoryThanAllowed();
+    void changedRowsDoNotUseUpWhatTheWordsLeave();
     void answersFarFromTheStartAreThoseOfTheStatements();
     void fewHitsComeInTheOrderOfTheStatements();
     void orderOfAllRowsIsNotReadForFewHits();
@@ -126,6 +70,7 @@ private:
     using IndexedBody = bool (IndexedReads::*)(const QSqlDatabase&, OperationReply*, int, const QVariantMap&);
 
     bool isAnswered(IndexedBody body, const QVariantMap& parameters, int table = tableId);
+    void makeReads(const RowIndex::Limits& limits);
     void insertRows(int count, const QString& description);
     void compare(Body body, IndexedBody indexedBody, const QVariantMap& parameters);
     void comparePlace(qint64 id, const QVariantMap& parameters);
@@ -160,6 +105,13 @@ void IndexedReadsTest::cleanup()
     m_fixture.reset();
 }
 
+void IndexedReadsTest::makeReads(const RowIndex::Limits& limits)
+{
+    // There is one watch over the connection.
+    m_reads = nullptr;
+    m_reads = std::make_unique<IndexedReads>(m_fixture->connection(), limits);
+}
+
 bool IndexedReadsTest::isAnswered(IndexedBody body, const QVariantMap& parameters, int table)
 {
     OperationReply reply;
@@ -184,6 +136,7 @@ void IndexedReadsTest::compare(Body body, IndexedBody indexedBody, const QVarian
         return;
     ++m_answers;
     QVERIFY2(outcome(actual) == outcome(expected), qPrintable(composeSelect(tableId, "*", parameters)));
+    m_reads->waitForWords();
 }
 
 void IndexedReadsTest::comparePlace(qint64 id, const QVariantMap& parameters)
@@ -283,13 +236,17 @@ void IndexedReadsTest::writeSomething(Chance& chance)
 void IndexedReadsTest::answersAreThoseOfTheStatements_data()
 {
     QTest::addColumn<uint>("seed");
-    for (uint seed = 1; seed <= 15; ++seed)
-        QTest::addRow("seed %u", seed) << seed;
+    QTest::addColumn<bool>("areWordsMade");
+    for (uint seed = 1; seed <= 20; ++seed)
+        QTest::addRow("seed %u", seed) << seed << (seed % 2 == 0);
 }
 
 void IndexedReadsTest::answersAreThoseOfTheStatements()
 {
     QFETCH(uint, seed);
+    QFETCH(bool, areWordsMade);
+    if (areWordsMade)
+        makeReads(limitsWithWords());
     Chance chance(seed);
     writeMetaData(m_fixture->connection(), tableId, randomRecords(chance, chance.below(120)), 1, false);
     for (int step = 0; step < 60; ++step) {
@@ -304,6 +261,79 @@ void IndexedReadsTest::answersAreThoseOfTheStatements()
             return;
     }
     QVERIFY2(m_answers > 200, qPrintable(QString::number(m_answers)));
+}
+
+void IndexedReadsTest::wordsAreMadeOfTextsThatAreSearchedTwice()
+{
+    constexpr int rows = 5000;
+    insertRows(rows, "Sound ");
+    makeReads(limitsWithWords());
+    const auto bytesAfter = [&](const QString& lookup) {
+        compare(runGetRowsCount, &IndexedReads::getRowsCount,
+            { { "lookup", lookup }, { "lookupFields", QStringList{ "library", "description" } } });
+        return m_reads->bytes();
+    };
+
+    const size_t once = bytesAfter("sound");
+    const size_t twice = bytesAfter("77");
+    const size_t thrice = bytesAfter("library !7");
+    QVERIFY(once > 0);
+    QVERIFY(twice > once + rows * sizeof(quint32));
+    QCOMPARE(thrice, twice);
+    // A changed row does not need them anew.
+    QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET description='Sound of 77' WHERE id=3"), QString());
+    QVERIFY(bytesAfter("77") >= twice);
+    // They are gone with the texts.
+    QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET description='Sound'"), QString());
+    QVERIFY(bytesAfter("sound") < once);
+    QCOMPARE(m_answers, 5);
+}
+
+void IndexedReadsTest::wordsAreNotMadeOfMoreMemoryThanAllowed()
+{
+    constexpr int rows = 5000;
+    insertRows(rows, "Sound ");
+    const QStringList fields{ "library", "description" };
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, { { "lookup", "sound" }, { "lookupFields", fields } });
+    RowIndex::Limits limits;
+    limits.perRow = m_reads->bytes() / rows + 10;
+    limits.fewestRowsForWords = 1;
+    makeReads(limits);
+
+    for (const char* lookup : { "sound", "77", "sound" })
+        compare(runGetRowsCount, &IndexedReads::getRowsCount, { { "lookup", lookup }, { "lookupFields", fields } });
+
+    QCOMPARE(m_answers, 4);
+    QVERIFY(m_reads->bytes() <= limits.perRow * rows);
+}
+
+void IndexedReadsTest::changedRowsDoNotUseUpWhatTheWordsLeave()
+{
+    constexpr int rows = 50000;
+    insertRows(rows, "Sound ");
+    makeReads(limitsWithWords());
+    const auto readBoth = [&]() {
+        for (const char* lookup : { "sound", "77" })
+            compare(runGetRowsCount, &IndexedReads::getRowsCount,
+                { { "lookup", lookup }, { "lookupFields", QStringList{ "library", "description" } } });
+        return m_reads->bytes();
+    };
+    RowIndex::Limits limits;
+    limits.perRow = readBoth() / rows + 6;
+    limits.besides = 1 << 16;
+    limits.fewestRowsForWords = 1;
+    makeReads(limits);
+    const size_t withWords = readBoth();
+    QVERIFY(withWords > 50 * rows);
+
+    for (int id = 1; id <= 20; ++id) {
+        m_fixture->execute(QString("UPDATE MetaData1 SET description='Sound of 77' WHERE id=%1").arg(id));
+        const size_t bytes = readBoth();
+        // All would have been read again, without words at first.
+        QVERIFY(bytes >= withWords);
+        QVERIFY(bytes <= withWords + limits.besides);
+    }
+    QCOMPARE(m_answers, 2 * 22);
 }
 
 void IndexedReadsTest::answersFarFromTheStartAreThoseOfTheStatements()
@@ -328,8 +358,7 @@ void IndexedReadsTest::fewHitsComeInTheOrderOfTheStatements()
     QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET duration=NULL WHERE id%3=0"), QString());
     QCOMPARE(m_fixture->execute("UPDATE MetaData1 SET rating=id%4"), QString());
     for (const QString& field : sortableFieldNames()) {
-        m_reads = nullptr;
-        m_reads = std::make_unique<IndexedReads>(m_fixture->connection());
+        makeReads({});
         for (const int sortOrder : { 0, 1 }) {
             for (const int offset : { 0, 7 }) {
                 compare(runPullMetaData, &IndexedReads::pullMetaData,
@@ -434,12 +463,14 @@ void IndexedReadsTest::memoryIsBounded()
     constexpr int rows = 100000;
     constexpr size_t besides = 1 << 20;
     insertRows(rows, "A description of common length, number ");
-    const QVariantMap page{ { "lookup", "common" }, { "lookupFields", QStringList{ "library", "description" } },
+    QVariantMap page{ { "lookup", "common" }, { "lookupFields", QStringList{ "library", "description" } },
         { "sortField", "fileName" }, { "limit", 50 }, { "offset", 90000 } };
     compare(runPullMetaData, &IndexedReads::pullMetaData, page);
     compare(runGetRowsCount, &IndexedReads::getRowsCount, page);
+    page.insert("lookup", "number");
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, page);
 
-    QCOMPARE(m_answers, 2);
+    QCOMPARE(m_answers, 3);
     QVERIFY(m_reads->bytes() > 50 * rows);
     QVERIFY(m_reads->bytes() <= 120 * rows + besides);
 }
@@ -463,8 +494,7 @@ void IndexedReadsTest::tooLittleMemoryLeavesItToTheStatements()
     RowIndex::Limits limits;
     limits.perRow = 20;
     limits.besides = 1000;
-    m_reads = nullptr;
-    m_reads = std::make_unique<IndexedReads>(m_fixture->connection(), limits);
+    makeReads(limits);
     const QVariantMap view{ { "lookup", "description" }, { "lookupFields", QStringList{ "description" } } };
 
     QVERIFY(!isAnswered(&IndexedReads::getRowsCount, view));
@@ -480,8 +510,7 @@ void IndexedReadsTest::tooLittleMemoryForPathsLeavesTheOtherLookups()
     RowIndex::Limits limits;
     limits.perPath = 2;
     limits.besides = 1000;
-    m_reads = nullptr;
-    m_reads = std::make_unique<IndexedReads>(m_fixture->connection(), limits);
+    makeReads(limits);
     const QStringList fields{ "library", "description" };
     QVERIFY(isAnswered(&IndexedReads::getRowsCount, { { "lookup", "a" }, { "lookupFields", fields } }));
 
