@@ -2,6 +2,7 @@
 #include "scan/batchedchange.h"
 
 #include "store/operationreply.h"
+#include "store/querycomposer.h"
 #include "store/transaction.h"
 
 BatchedChange::BatchedChange(
@@ -22,7 +23,7 @@ void BatchedChange::run()
     }
     m_reply->setProgress(0, m_batches.rowsCount());
     Transaction transaction(m_connection);
-    if (!transaction.begin()) {
+    if (!transaction.beginWriting(metaDataTableName(m_tableId))) {
         m_reply->setError(tr("Unable to begin replace transaction: %1").arg(transaction.errorText()));
         return;
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "scan/medialister.h"
 
+#include "scan/folderbranch.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFile>
@@ -14,55 +16,10 @@
 #include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// True when `above` is `below` or a folder that holds it; both canonical.
-bool isSameOrAbove(const std::string& above, const std::string& below)
-{
-    if (above == "/")
-        return true;
-    return below.compare(0, above.size(), above) == 0 && (below.size() == above.size() || below[above.size()] == '/');
-}
-
-// A run of folders that lie in one another without a link between them, by their canonical paths.
-struct Stretch
-{
-    std::string top;
-    std::string bottom;
-
-    bool contains(const std::string& folder) const
-    {
-        return isSameOrAbove(top, folder) && isSameOrAbove(folder, bottom);
-    }
-};
-
-// What is reached through one link, or from one given path: how its folders are called canonically, and the folders
-// on the way to it.
-struct Branch
-{
-    std::string root;
-    std::string canonicalRoot;
-    std::vector<Stretch> way;
-
-    std::string canonical(const std::string& path) const
-    {
-        const std::string rest = path.substr(root.size());
-        return canonicalRoot == "/" && !rest.empty() ? rest : canonicalRoot + rest;
-    }
-
-    bool isOnTheWay(const std::string& canonicalFolder) const
-    {
-        for (const Stretch& stretch : way) {
-            if (stretch.contains(canonicalFolder))
-                return true;
-        }
-        return false;
-    }
-};
 
 enum class Kind
 {
@@ -76,7 +33,7 @@ struct Place
 {
     std::string path;
     Kind kind = Kind::Other;
-    std::shared_ptr<const Branch> branch;
+    std::shared_ptr<const FolderBranch> branch;
 };
 
 Kind kindOf(const fs::file_status& status)
@@ -93,16 +50,14 @@ std::string canonicalPath(const std::string& path)
     return error ? std::string() : canonical.native();
 }
 
-std::shared_ptr<const Branch> givenBranch(const std::string& path)
+std::shared_ptr<const FolderBranch> givenBranch(const std::string& path)
 {
-    return std::make_shared<const Branch>(Branch{ path, canonicalPath(path), {} });
+    return std::make_shared<const FolderBranch>(path, canonicalPath(path));
 }
 
-std::shared_ptr<const Branch> linkedBranch(const Place& folder, const std::string& link)
+std::shared_ptr<const FolderBranch> linkedBranch(const Place& folder, const std::string& link)
 {
-    Branch branch{ link, canonicalPath(link), folder.branch->way };
-    branch.way.push_back({ folder.branch->canonicalRoot, folder.branch->canonical(folder.path) });
-    return std::make_shared<const Branch>(std::move(branch));
+    return std::make_shared<const FolderBranch>(*folder.branch, folder.path, link, canonicalPath(link));
 }
 
 // As QDir::match() does it, which would compile every expression anew for every name.
@@ -203,9 +158,8 @@ bool Walk::matches(const std::string& name) const
 
 void Walk::addFolder(const Place& parent, std::string path, bool isLink)
 {
-    const std::shared_ptr<const Branch> branch = isLink ? linkedBranch(parent, path) : parent.branch;
-    // Only behind a link can a folder lie above itself.
-    if (!branch->way.empty() && branch->isOnTheWay(branch->canonical(path)))
+    const std::shared_ptr<const FolderBranch> branch = isLink ? linkedBranch(parent, path) : parent.branch;
+    if (branch->isOnTheWay(path))
         return;
     m_queue.push_back({ std::move(path), Kind::Folder, branch });
 }

@@ -108,6 +108,13 @@ void insertTagTexts(QVariantMap& fields, const QVariantMap& probe, const QVarian
     }
 }
 
+QVariantMap pathFields(const QString& path)
+{
+    const QFileInfo info(path);
+    return { { QStringLiteral("filePath"), path }, { QStringLiteral("fileName"), info.fileName() },
+        { QStringLiteral("fileType"), fileTypeOf(info) } };
+}
+
 void copyStreamProperties(QVariantMap& fields, const QVariantMap& probe)
 {
     for (const char* name : { "duration", "sampleRate", "channelsCount", "bitsPerSample" }) {
@@ -119,19 +126,28 @@ void copyStreamProperties(QVariantMap& fields, const QVariantMap& probe)
 
 } // namespace
 
+QString fileTypeOf(const QFileInfo& file)
+{
+    const QString suffix = file.suffix().toLower();
+    return suffix.isNull() ? QStringLiteral("") : suffix;
+}
+
+MetaData unreadMetaData(const QString& path, const QString& error)
+{
+    QVariantMap fields = pathFields(path);
+    fields.insert(QStringLiteral("error"), error.isEmpty() ? ReaderTexts::tr("Unable to open input") : error);
+    return MetaData(fields);
+}
+
 MetaData readMetaData(const QString& path)
 {
-    const QFileInfo info(path);
-    const QString fileName = info.fileName();
-    const QString fileType = info.suffix().toLower();
-    QVariantMap fields{ { QStringLiteral("filePath"), path }, { QStringLiteral("fileName"), fileName },
-        { QStringLiteral("fileType"), fileType } };
-
     const QVariantMap probe = probeStreamInfo(path);
-    if (const QString error = text(probe, QStringLiteral("error")); !error.isEmpty()) {
-        fields.insert(QStringLiteral("error"), error);
-        return MetaData(fields);
-    }
+    if (const QString error = text(probe, QStringLiteral("error")); !error.isEmpty())
+        return unreadMetaData(path, error);
+
+    QVariantMap fields = pathFields(path);
+    const QString fileName = text(fields, QStringLiteral("fileName"));
+    const QString fileType = text(fields, QStringLiteral("fileType"));
 
     const QVariantMap tags = readTagProperties(path);
     const QString probedFormat = text(probe, QStringLiteral("format"));

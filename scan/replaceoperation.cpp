@@ -2,6 +2,7 @@
 #include "scan/replaceoperation.h"
 
 #include "scan/batchedchange.h"
+#include "scan/metadatareader.h"
 #include "store/fieldcatalogue.h"
 #include "store/metadata.h"
 #include "store/metadatafields.h"
@@ -10,9 +11,8 @@
 #include "store/recordwriter.h"
 #include "store/transactionstate.h"
 
+#include <QCoreApplication>
 #include <QFileInfo>
-
-#include <algorithm>
 
 namespace {
 
@@ -51,17 +51,13 @@ QString plainRowCondition()
     return QLatin1Char('(') + conditions.join(QStringLiteral(" AND ")) + QLatin1Char(')');
 }
 
-// Neither is written along with the other fields.
-bool isIdentity(const QString& field)
-{
-    return field == QLatin1String("id") || field == QLatin1String("scanTimestamp");
-}
-
 /// A record that is to be written, whole or only these fields of it.
 struct Change
 {
     MetaData record;
     QStringList fields;
+    /// Else the record's other fields are not known, and writing it would empty them.
+    bool isReadable = true;
 };
 
 /// What is to be replaced by what.
@@ -77,7 +73,7 @@ struct Replacement
         if (before.isEmpty() ? !value.isEmpty() : !value.contains(before, caseSensitivity))
             return false;
         if (before.isEmpty())
-            value = after;
+            value = after.isNull() ? QStringLiteral("") : after;
         else
             value.replace(before, after, caseSensitivity);
         return true;
@@ -93,7 +89,8 @@ public:
         , m_replacement(replacement)
     {
         for (const QString& field : fields) {
-            if (allFieldNames().contains(field))
+            // The id tells which record is written.
+            if (allFieldNames().contains(field) && field != QLatin1String("id"))
                 m_fields.append(field);
         }
     }
@@ -107,7 +104,7 @@ private:
     Change changeOf(const RowBatches::Row& row, const QVariantMap& values) const;
     static MetaData write(RecordWriter& writer, const Change& change);
 
-    // Those of the fields that there are.
+    // Those of the fields that there are and that can be replaced.
     QStringList m_fields;
     Replacement m_replacement;
 };
@@ -153,6 +150,11 @@ bool Replace::replaceBatch(RecordWriter& writer, const QVector<RowBatches::Row>&
 // The record with its error set when it could not be written.
 MetaData Replace::write(RecordWriter& writer, const Change& change)
 {
+    if (!change.isReadable) {
+        MetaData unreadable = change.record;
+        unreadable.setError(QCoreApplication::translate("Database", "Unknown database error"));
+        return unreadable;
+    }
     if (!change.fields.isEmpty())
         return writer.writeFields(change.record, change.fields);
     return writer.write(MetaDataList{ change.record }).value(0);
@@ -181,7 +183,7 @@ QVariantMap Replace::changedValues(const RowBatches::Row& row) const
         if (field == QLatin1String("filePath")) {
             const QFileInfo file(value);
             changes.insert(QStringLiteral("fileName"), file.fileName());
-            changes.insert(QStringLiteral("fileType"), file.suffix().toLower());
+            changes.insert(QStringLiteral("fileType"), fileTypeOf(file));
         }
     }
     return changes;
@@ -191,14 +193,16 @@ QVariantMap Replace::changedValues(const RowBatches::Row& row) const
 Change Replace::changeOf(const RowBatches::Row& row, const QVariantMap& values) const
 {
     const QStringList names = values.keys();
-    const bool isWhole = !row.at(IsPlain).toBool() || std::any_of(names.begin(), names.end(), isIdentity);
+    // The scan timestamp is not written along with other fields.
+    const bool isWhole = !row.at(IsPlain).toBool() || names.contains(QStringLiteral("scanTimestamp"));
     const qint64 id = row.at(Id).toLongLong();
     MetaData record = isWhole ? fetchMetaData(connection(), tableId(), id) : MetaData();
+    const bool isReadable = !isWhole || !record.isNull();
     record.setId(id);
     record.setFilePath(row.at(FilePath).toString());
     for (auto value = values.begin(); value != values.end(); ++value)
         findMetaDataField(value.key())->write(record, value.value());
-    return { record, isWhole ? QStringList() : names };
+    return { record, isWhole ? QStringList() : names, isReadable };
 }
 
 } // namespace

@@ -41,10 +41,12 @@ RowBatches::RowBatches(const QSqlDatabase& connection, int tableId, const QVaria
 
 bool RowBatches::count()
 {
+    m_errorText = lookupFault(m_filters);
     QSqlQuery query(m_connection);
     query.setForwardOnly(true);
-    if (!query.exec(composeSelect(m_tableId, QStringLiteral("COUNT(*)"), m_filters)) || !query.next()) {
-        m_errorText = query.lastError().text();
+    if (!m_errorText.isEmpty() || !query.exec(composeSelect(m_tableId, QStringLiteral("COUNT(*)"), m_filters))
+        || !query.next()) {
+        m_errorText += query.lastError().text();
         return false;
     }
     m_rowsCount = query.value(0).toInt();

@@ -6,6 +6,7 @@
 #include "scan/metadatareader.h"
 #include "scan/pathspellings.h"
 #include "store/operationreply.h"
+#include "store/querycomposer.h"
 #include "store/recordwriter.h"
 #include "store/transaction.h"
 #include "store/transactionstate.h"
@@ -13,7 +14,12 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDebug>
+#include <QFile>
 #include <QtConcurrent>
+
+#include <functional>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -25,12 +31,38 @@ void appendRecord(MetaDataList& records, const MetaData& record)
     records.append(record);
 }
 
+// One file, whichever of its names it goes by.
+class FileIdentity
+{
+public:
+    explicit FileIdentity(const QString& path) { m_isKnown = look(path, m_status); }
+
+    bool isOf(const QString& path) const
+    {
+        struct stat status = {};
+        return m_isKnown && look(path, status) && status.st_dev == m_status.st_dev && status.st_ino == m_status.st_ino;
+    }
+
+private:
+    static bool look(const QString& path, struct stat& status)
+    {
+        return ::stat(QFile::encodeName(path).constData(), &status) == 0;
+    }
+
+    struct stat m_status = {};
+    bool m_isKnown = false;
+};
+
 // Reads the files batch by batch, one batch ahead: while a batch is being written, the pool reads the next.
 class BatchReader
 {
 public:
-    explicit BatchReader(const QStringList& files)
+    // The database's own file is not opened: the system gives up all locks that a process holds on a file as soon as
+    // the process closes it, also those that SQLite took for the transaction.
+    BatchReader(const QStringList& files, const QString& databaseFilePath)
         : m_files(files)
+        , m_read([database = FileIdentity(databaseFilePath)](
+                     const QString& path) { return database.isOf(path) ? unreadMetaData(path) : readMetaData(path); })
     {
         startReading();
     }
@@ -51,6 +83,7 @@ private:
     void startReading();
 
     const QStringList& m_files;
+    std::function<MetaData(const QString&)> m_read;
     int m_taken = 0;
     int m_started = 0;
     QFuture<MetaDataList> m_reading;
@@ -71,7 +104,7 @@ void BatchReader::startReading()
     const QStringList batch = m_files.mid(m_started, batchSize);
     m_started += batch.size();
     m_reading = QtConcurrent::mappedReduced<MetaDataList>(
-        batch, readMetaData, appendRecord, QtConcurrent::UnorderedReduce | QtConcurrent::SequentialReduce);
+        batch, m_read, appendRecord, QtConcurrent::UnorderedReduce | QtConcurrent::SequentialReduce);
 }
 
 class Scan
@@ -113,7 +146,7 @@ void Scan::run(const QStringList& paths)
     }
     m_reply->setProgress(0, files.size());
     Transaction transaction(m_connection);
-    if (!transaction.begin()) {
+    if (!transaction.beginWriting(metaDataTableName(m_tableId))) {
         m_reply->setError(tr("Unable to begin scan transaction: %1").arg(transaction.errorText()));
         return;
     }
@@ -132,7 +165,7 @@ QStringList Scan::listFiles(const QStringList& paths)
 
 void Scan::writeFiles(const QStringList& files)
 {
-    BatchReader reader(files);
+    BatchReader reader(files, m_connection.databaseName());
     RecordWriter writer(m_connection, m_tableId, m_scanTimestamp, true);
     while (!reader.atEnd() && !m_reply->isCanceled()) {
         const QStringList warnings = writeBatch(writer, reader.next());

@@ -3,7 +3,10 @@
 
 #include "store/fieldcatalogue.h"
 
+#include <QCoreApplication>
 #include <QVariant>
+
+#include <algorithm>
 
 // Every text of the user goes in by one substitution with all arguments at once (or by joining): a term such as "50%1"
 // would otherwise be taken for a place marker.
@@ -79,6 +82,17 @@ QVector<LookupTerm> lookupTerms(const QVariantMap& parameters)
             terms.append(term);
     }
     return terms;
+}
+
+QString lookupFault(const QVariantMap& parameters)
+{
+    const QVector<LookupTerm> terms = lookupTerms(parameters);
+    const auto endsTheText = [](const LookupTerm& term) {
+        return term.text.contains(QLatin1Char('"'));
+    };
+    return std::any_of(terms.begin(), terms.end(), endsTheText)
+        ? QCoreApplication::translate("Database", "unexpected double quote in the lookup")
+        : QString();
 }
 
 QStringList composeConditions(int tableId, const QVariantMap& parameters)

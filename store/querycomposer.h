@@ -27,6 +27,10 @@ struct LookupTerm
 /// The terms of the parameters' lookup text; none when there are no lookup fields to search.
 QVector<LookupTerm> lookupTerms(const QVariantMap& parameters);
 
+/// Why a lookup cannot be asked for, or nothing. A double quote in a term would end the term's text in the statement:
+/// what follows is mostly no statement, but may be one of another meaning.
+QString lookupFault(const QVariantMap& parameters);
+
 /// The conditions of the parameters, to be joined with " AND ".
 QStringList composeConditions(int tableId, const QVariantMap& parameters);
 

@@ -63,11 +63,12 @@ QString composePrecedence(const QString& sortField, const QVariantMap& parameter
 
 void runGetRowsCount(const QSqlDatabase& connection, OperationReply* reply, int tableId, const QVariantMap& parameters)
 {
+    const QString fault = lookupFault(parameters);
     QSqlQuery query(connection);
     query.setForwardOnly(true);
     const QString statement = composeSelect(tableId, QStringLiteral("COUNT(*)"), filterParameters(parameters));
-    if (!query.exec(statement) || !query.next()) {
-        reply->setError(ReadOperations::tr("Unable to get rows count: %1").arg(query.lastError().text()));
+    if (!fault.isEmpty() || !query.exec(statement) || !query.next()) {
+        reply->setError(ReadOperations::tr("Unable to get rows count: %1").arg(fault + query.lastError().text()));
         return;
     }
     reply->setResult(QStringLiteral("rowsCount"), query.value(0).toInt());
@@ -82,14 +83,20 @@ void runPullMetaData(const QSqlDatabase& connection, OperationReply* reply, int 
         return;
     }
     const QString columns = singleField.isEmpty() ? QStringLiteral("*") : singleField;
+    const QString fault = lookupFault(parameters);
     QSqlQuery query(connection);
     query.setForwardOnly(true);
-    if (!query.prepare(composeSelect(tableId, columns, parameters)) || !query.exec()) {
-        reply->setError(ReadOperations::tr("Unable to select MetaData: %1").arg(query.lastError().text()));
+    if (!fault.isEmpty() || !query.prepare(composeSelect(tableId, columns, parameters)) || !query.exec()) {
+        reply->setError(ReadOperations::tr("Unable to select MetaData: %1").arg(fault + query.lastError().text()));
         return;
     }
     const QVariant items
         = singleField.isEmpty() ? QVariant::fromValue(readRecords(query)) : QVariant(readColumn(query, singleField));
+    // A row that cannot be read ends the rows as their end does.
+    if (query.lastError().isValid()) {
+        reply->setError(ReadOperations::tr("Unable to select MetaData: %1").arg(query.lastError().text()));
+        return;
+    }
     reply->setResult(QStringLiteral("items"), items);
     reply->finish();
 }
@@ -113,8 +120,9 @@ void runLookupMetaDataRow(const QSqlDatabase& connection, OperationReply* reply,
     query.bindValue(QStringLiteral(":id"), record.id());
     if (isSorted)
         query.bindValue(QStringLiteral(":sortFieldTerminator"), record.toVariantMap().value(sortField));
-    if (!query.exec()) {
-        reply->setError(ReadOperations::tr("Unable to find MetaData: %1").arg(query.lastError().text()));
+    const QString fault = lookupFault(parameters);
+    if (!fault.isEmpty() || !query.exec()) {
+        reply->setError(ReadOperations::tr("Unable to find MetaData: %1").arg(fault + query.lastError().text()));
         return;
     }
     if (!query.next()) {

@@ -21,6 +21,18 @@ bool Transaction::begin()
     return m_active;
 }
 
+bool Transaction::beginWriting(const QString& tableName)
+{
+    if (!begin())
+        return false;
+    if (execute(QStringLiteral("UPDATE %1 SET id=id WHERE 0").arg(tableName)))
+        return true;
+    const QString errorText = m_errorText;
+    rollback();
+    m_errorText = errorText;
+    return false;
+}
+
 bool Transaction::commit()
 {
     if (execute(QStringLiteral("COMMIT"))) {

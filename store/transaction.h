@@ -17,6 +17,10 @@ public:
 
     /// Executes "BEGIN TRANSACTION"; false with `errorText()` set when it fails.
     bool begin();
+    /// Likewise, and takes the file's write lock, waiting for it as long as the connection waits. Without, the first
+    /// write takes it; and once something was read, SQLite does not wait, since others may be waiting in turn. The
+    /// table is any one that there is; no row of it is touched.
+    bool beginWriting(const QString& tableName);
     /// Executes "COMMIT"; after a failure the transaction is rolled back, so that later ones can begin.
     bool commit();
     /// Executes "ROLLBACK".

@@ -51,6 +51,7 @@ private slots:
     void textIsReplaced();
     void changedRowCountsOnceHoweverManyFieldsChange();
     void untouchedColumnsStayAsTheyAre();
+    void filePathBringsNameAndTypeAlong_data();
     void filePathBringsNameAndTypeAlong();
     void emptySearchTextFillsEmptyFields();
     void onlyRowsOfTheViewAreTouched();
@@ -62,12 +63,14 @@ private slots:
     void rowsThatAreNoRecordsAreRefused();
     void valuesOfAnotherTypeBecomeTheRecords_data();
     void valuesOfAnotherTypeBecomeTheRecords();
-    void identityCanBeReplacedAsText();
+    void idIsIgnored();
+    void scanTimestampCanBeReplaced();
     void onlyColumnsThatChangeAreWritten();
     void progressGoesInTenths();
     void canceledRunChangesNothing();
     void invalidLookupIsReported();
     void beginFailureIsReported();
+    void writerElsewhereIsReportedOnce();
     void failedCommitIsReportedAndTheNextRunWorks();
     void closedStoreIsReported();
 
@@ -201,16 +204,34 @@ void ReplaceOperationTest::untouchedColumnsStayAsTheyAre()
     QCOMPARE(m_store->records(tableId).first().toVariantMap(), expected);
 }
 
+void ReplaceOperationTest::filePathBringsNameAndTypeAlong_data()
+{
+    QTest::addColumn<QString>("after");
+    QTest::addColumn<QString>("fileName");
+    QTest::addColumn<QString>("fileType");
+    QTest::newRow("another suffix") << "E:/New/Snare.AIFF"
+                                    << "Snare.AIFF"
+                                    << "aiff";
+    QTest::newRow("no suffix") << "/new/Snare"
+                               << "Snare"
+                               << "";
+    QTest::newRow("no name") << "/new/"
+                             << ""
+                             << "";
+}
+
 void ReplaceOperationTest::filePathBringsNameAndTypeAlong()
 {
+    QFETCH(QString, after);
     m_store->insert(tableId, { recordOf("D:/Old/kick.wav", "x") });
 
-    replace({ "filePath" }, "d:/old/kick.wav", "E:/New/Snare.AIFF");
+    const auto reply = replace({ "filePath" }, "d:/old/kick.wav", after);
 
+    QVERIFY(!reply->hasWarnings());
     const MetaData record = m_store->records(tableId).first();
-    QCOMPARE(record.filePath(), QStringLiteral("E:/New/Snare.AIFF"));
-    QCOMPARE(record.fileName(), QStringLiteral("Snare.AIFF"));
-    QCOMPARE(record.fileType(), QStringLiteral("aiff"));
+    QCOMPARE(record.filePath(), after);
+    QTEST(record.fileName(), "fileName");
+    QTEST(record.fileType(), "fileType");
 }
 
 void ReplaceOperationTest::emptySearchTextFillsEmptyFields()
@@ -373,14 +394,27 @@ void ReplaceOperationTest::valuesOfAnotherTypeBecomeTheRecords()
 }
 
 // The row's other fields go to the row of the new number.
-void ReplaceOperationTest::identityCanBeReplacedAsText()
+void ReplaceOperationTest::idIsIgnored()
 {
     m_store->insert(tableId, { recordOf("/one.wav", "first"), recordOf("/two.wav", "second") });
-    const qint64 second = m_store->records(tableId).at(1).id();
-    const auto reply = replace({ "id", "filePath" }, QString::number(second), QString::number(second + 1));
+    const QString second = QString::number(m_store->records(tableId).at(1).id());
+
+    const auto reply = replace({ "id", "filePath" }, second, "1");
+
+    QCOMPARE(reply->result("replacementsCount").toInt(), 0);
+    QVERIFY(!reply->hasWarnings());
+    QCOMPARE(descriptions(), QStringList({ "first", "second" }));
+}
+
+void ReplaceOperationTest::scanTimestampCanBeReplaced()
+{
+    m_store->insert(tableId, { recordOf("/one.wav", "first") });
+    QCOMPARE(m_store->execute("UPDATE MetaData4 SET scanTimestamp=77"), QString());
+
+    const auto reply = replace({ "scanTimestamp" }, "77", "78");
 
     QCOMPARE(reply->result("replacementsCount").toInt(), 1);
-    QCOMPARE(descriptions(), QStringList({ "first", "second" }));
+    QCOMPARE(descriptions(), QStringList{ "first" });
 }
 
 void ReplaceOperationTest::onlyColumnsThatChangeAreWritten()
@@ -452,6 +486,18 @@ void ReplaceOperationTest::beginFailureIsReported()
 
     QVERIFY2(reply->errorString().startsWith(QLatin1String("Unable to begin replace transaction: ")),
         qPrintable(reply->errorString()));
+}
+
+void ReplaceOperationTest::writerElsewhereIsReportedOnce()
+{
+    m_store->insert(tableId, numberedRecords(3, QStringLiteral("drum")));
+    const SideLock lock(m_store->filePath(), SideLock::Kind::Writing);
+
+    const auto reply = replace({ "description" }, "drum", "perc");
+
+    QVERIFY2(reply->errorString().startsWith(QLatin1String("Unable to begin replace transaction: ")),
+        qPrintable(reply->errorString()));
+    QVERIFY(!reply->hasWarnings());
 }
 
 void ReplaceOperationTest::failedCommitIsReportedAndTheNextRunWorks()

@@ -3,8 +3,10 @@
 
 #include "scan/storeoperations.h"
 #include "tests/scan/operationrecorder.h"
+#include "tests/scan/rowhook.h"
 #include "tests/scan/sidelock.h"
 #include "tests/scan/soundfiles.h"
+#include "tests/support/filelocks.h"
 #include "tests/support/messagerecorder.h"
 #include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
@@ -73,7 +75,11 @@ private slots:
     void closedStoreIsReported();
     void beginFailureIsReported();
     void failedCommitIsReportedAndTheNextScanWorks();
-    void writerElsewhereGivesWarnings();
+    void writerElsewhereIsReportedOnce();
+    void writerElsewhereIsWaitedFor();
+    void fileWithoutASuffixIsStored();
+    void databaseItselfIsNotOpened_data();
+    void databaseItselfIsNotOpened();
     void spellingsThatDifferInCaseShareARowAndAreLogged();
     void callerStaysResponsive();
     void replyDeletedInsideFinishedIsSafe();
@@ -389,16 +395,85 @@ void ScanOperationTest::failedCommitIsReportedAndTheNextScanWorks()
     QCOMPARE(m_store->records(tableId).size(), 3);
 }
 
-void ScanOperationTest::writerElsewhereGivesWarnings()
+void ScanOperationTest::writerElsewhereIsReportedOnce()
 {
-    const QString folder = writeSounds(1);
+    const QString folder = writeSounds(3);
     const SideLock lock(m_store->filePath(), SideLock::Kind::Writing);
     OperationReply* reply = m_store->database().scan(tableId, { folder }, {});
     OperationRecorder recorder(reply);
 
+    const auto ended = await(reply);
+
+    QVERIFY2(ended->errorString().startsWith(QLatin1String("Unable to begin scan transaction: ")),
+        qPrintable(ended->errorString()));
+    QVERIFY(recorder.sortedWarnings().isEmpty());
+}
+
+void ScanOperationTest::writerElsewhereIsWaitedFor()
+{
+    auto lock = std::make_unique<SideLock>(m_store->filePath(), SideLock::Kind::Writing);
+    OperationReply* reply = m_store->database().scan(tableId, { writeSounds(3) }, {});
+    QTimer writing;
+    writing.setSingleShot(true);
+    connect(&writing, &QTimer::timeout, &writing, [&lock]() { lock.reset(); });
+    // Told just before the scan takes the lock; the other goes on writing for a while.
+    connect(reply, &OperationReply::progress, &writing, [&writing](int value, int total) {
+        if (value == 0 && total == 3)
+            writing.start(200);
+    });
+
+    const auto ended = await(reply);
+
+    QVERIFY(!lock);
+    QCOMPARE(ended->errorString(), QString());
+    QVERIFY(!ended->hasWarnings());
+    QCOMPARE(m_store->records(tableId).size(), 3);
+}
+
+void ScanOperationTest::fileWithoutASuffixIsStored()
+{
+    for (const char* name : { "take", "take.", "take.xyz" })
+        TestSupport::writeFile(path(QLatin1String(name)), SoundFiles::wave());
+
+    const auto reply = scan({ path("take"), path("take."), path("take.xyz") });
+
+    QVERIFY(!reply->hasWarnings());
+    QStringList types;
+    for (const MetaData& record : m_store->records(tableId))
+        types.append(record.fileName() + QLatin1Char(':') + record.fileType());
+    types.sort();
+    QCOMPARE(types, QStringList({ "take.:", "take.xyz:xyz", "take:" }));
+}
+
+void ScanOperationTest::databaseItselfIsNotOpened_data()
+{
+    QTest::addColumn<bool>("isLinked");
+    QTest::newRow("given by its own name") << false;
+    QTest::newRow("behind a link with the name of a sound") << true;
+}
+
+void ScanOperationTest::databaseItselfIsNotOpened()
+{
+    QFETCH(bool, isLinked);
+    QString database = m_store->filePath();
+    if (isLinked) {
+        QVERIFY(QFile::link(database, path("link.wav")));
+        database = path("link.wav");
+    }
+    // The first batch holds the database, the second the row at which others look for the lock.
+    const QString folder = writeSounds(60);
+    bool isLocked = false;
+    const RowHook hook(
+        m_store->database(), tableId, 50, [&]() { isLocked = TestSupport::isLockedForOthers(m_store->filePath()); });
+    OperationReply* reply = m_store->database().scan(tableId, { database, folder }, {});
+    OperationRecorder recorder(reply);
+
     await(reply);
 
-    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Unknown database error: " + folder + "/0000.wav" });
+    QVERIFY(hook.wasHit());
+    QVERIFY(isLocked);
+    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Unable to open input: " + database });
+    QCOMPARE(m_store->records(tableId).size(), 60);
 }
 
 void ScanOperationTest::spellingsThatDifferInCaseShareARowAndAreLogged()

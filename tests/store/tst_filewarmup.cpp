@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "store/filewarmup.h"
+#include "tests/support/filelocks.h"
 #include "tests/support/messagerecorder.h"
 #include "tests/support/testsupport.h"
 
@@ -7,9 +8,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <cstdlib>
 #include <fcntl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -39,19 +38,7 @@ public:
     ~LockedFile() { ::close(m_descriptor); }
     Q_DISABLE_COPY(LockedFile)
 
-    // A process does not see its own locks, so another one looks.
-    bool isLockedForOthers() const
-    {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            flock lock = writeLock();
-            const int descriptor = ::open(m_path.constData(), O_RDWR | O_CLOEXEC);
-            const bool isLocked = ::fcntl(descriptor, F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
-            ::_exit(isLocked ? EXIT_SUCCESS : EXIT_FAILURE);
-        }
-        int status = 0;
-        return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == EXIT_SUCCESS;
-    }
+    bool isLockedForOthers() const { return TestSupport::isLockedForOthers(QFile::decodeName(m_path)); }
 
 private:
     static flock writeLock()

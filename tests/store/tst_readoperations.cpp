@@ -7,6 +7,7 @@
 #include "tests/store/connectionfixture.h"
 #include "tests/support/storefixture.h"
 
+#include <QFile>
 #include <QtTest>
 
 #include <functional>
@@ -51,6 +52,23 @@ QVariantMap sorted(QVariantMap parameters, const QString& field, int order)
     return parameters;
 }
 
+// Writes over the page of the table that holds the row of this id; the pages before it stay as they are.
+void damageRow(const ConnectionFixture& fixture, int id)
+{
+    constexpr char tableLeaf = 0x0d;
+    const int pageSize = fixture.value("PRAGMA page_size").toInt();
+    QFile file(fixture.filePath());
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const QByteArray contents = file.readAll();
+    const QByteArray text = QByteArray::number(id) + QByteArray::number(id) + "Sound";
+    int found = contents.indexOf(text);
+    while (found >= 0 && contents.at(found / pageSize * pageSize) != tableLeaf)
+        found = contents.indexOf(text, found + 1);
+    QVERIFY(found >= 0);
+    QVERIFY(file.seek(qint64(found / pageSize) * pageSize));
+    QCOMPARE(file.write(QByteArray(pageSize, '\xff')), qint64(pageSize));
+}
+
 } // namespace
 
 class ReadOperationsTest : public QObject
@@ -73,6 +91,8 @@ private slots:
     void limitOfZeroGivesAllRows();
     void pullFailureIsReported_data();
     void pullFailureIsReported();
+    void damagedPageIsNotTheEndOfTheRows_data();
+    void damagedPageIsNotTheEndOfTheRows();
     void lookupsFindRows_data();
     void lookupsFindRows();
     void lookupWithADoubleQuoteFailsAndTheNextWorks();
@@ -260,6 +280,8 @@ void ReadOperationsTest::pullFailureIsReported_data()
     QTest::newRow("offset without limit") << 1 << QVariantMap{ { "offset", 100 } };
     QTest::newRow("unknown lookup field") << 1 << lookup("x", { "nowhere" });
     QTest::newRow("double quote") << 1 << lookup("a\"b");
+    QTest::newRow("double quotes that make a statement") << 1 << lookup("d%\"))--");
+    QTest::newRow("two double quotes") << 1 << lookup("\"\"");
 }
 
 void ReadOperationsTest::pullFailureIsReported()
@@ -273,6 +295,31 @@ void ReadOperationsTest::pullFailureIsReported()
     QVERIFY2(reply->errorString().startsWith(frame), qPrintable(reply->errorString()));
     QVERIFY(reply->errorString().size() > frame.size());
     QVERIFY(!reply->result("items").isValid());
+}
+
+void ReadOperationsTest::damagedPageIsNotTheEndOfTheRows_data()
+{
+    QTest::addColumn<QString>("singleField");
+    QTest::newRow("records") << QString();
+    QTest::newRow("one field") << "artist";
+}
+
+void ReadOperationsTest::damagedPageIsNotTheEndOfTheRows()
+{
+    QFETCH(QString, singleField);
+    const ConnectionFixture fixture;
+    QCOMPARE(fixture.execute("INSERT INTO MetaData1 (filePath, fileName, fileType, description) WITH RECURSIVE n(i) AS "
+                             "(SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<5000) SELECT i, i, '', 'Sound' FROM n"),
+        QString());
+    damageRow(fixture, 4000);
+    // It has nothing in its cache.
+    const TestConnection other(fixture.filePath());
+
+    OperationReply reply;
+    runPullMetaData(other.connection(), &reply, 1, { { "singleField", singleField } });
+
+    QVERIFY2(reply.errorString().startsWith("Unable to select MetaData: "), qPrintable(reply.errorString()));
+    QVERIFY(!reply.result("items").isValid());
 }
 
 void ReadOperationsTest::lookupsFindRows_data()

@@ -20,6 +20,8 @@ private slots:
     void failedCommitIsRolledBack();
     void rollbackWithoutTransactionFails();
     void nothingHappensAfterTheEnd();
+    void beginToWriteKeepsOtherWritersOut();
+    void beginToWriteFailsWhileAnotherWrites();
 
 private:
     int rowsCount() const { return m_fixture->value("SELECT COUNT(*) FROM parents").toInt(); }
@@ -147,6 +149,38 @@ void TransactionTest::nothingHappensAfterTheEnd()
     }
     QCOMPARE(m_fixture->execute("COMMIT"), QString());
     QCOMPARE(rowsCount(), 1);
+}
+
+void TransactionTest::beginToWriteKeepsOtherWritersOut()
+{
+    const TestConnection other(m_fixture->filePath());
+    other.execute("PRAGMA busy_timeout=1");
+    Transaction transaction(m_fixture->connection());
+
+    QVERIFY(transaction.beginWriting("parents"));
+
+    QVERIFY(other.execute("INSERT INTO parents (id) VALUES (NULL)").contains("locked"));
+    insert();
+    QVERIFY(transaction.commit());
+    QCOMPARE(other.execute("INSERT INTO parents (id) VALUES (NULL)"), QString());
+    QCOMPARE(rowsCount(), 2);
+}
+
+void TransactionTest::beginToWriteFailsWhileAnotherWrites()
+{
+    const TestConnection other(m_fixture->filePath());
+    m_fixture->execute("PRAGMA busy_timeout=1");
+    QCOMPARE(other.execute("BEGIN IMMEDIATE"), QString());
+    {
+        Transaction transaction(m_fixture->connection());
+        QVERIFY(!transaction.beginWriting("parents"));
+        QVERIFY(transaction.errorText().contains("locked"));
+    }
+    QCOMPARE(other.execute("ROLLBACK"), QString());
+
+    // Nothing is left open.
+    Transaction next(m_fixture->connection());
+    QVERIFY(next.beginWriting("parents"));
 }
 
 QTEST_GUILESS_MAIN(TransactionTest)
