@@ -26,6 +26,8 @@ public:
 
     /// The longest piece without wildcards; every text that matches contains it. Empty when there is none.
     std::string_view anchor() const { return std::string_view(m_pattern).substr(m_anchorStart, m_anchorLength); }
+    /// What every text that contains the anchor matches.
+    LikePattern anchorAlone() const { return LikePattern('%' + std::string(anchor()) + '%'); }
     /// Whether containing the anchor is all there is to it.
     bool isPlain() const { return m_anchorLength == m_pattern.size() - 2; }
     bool matches(std::string_view text) const;

@@ -35,20 +35,20 @@ TermSearch::TermSearch(std::vector<SearchedColumn> columns, const std::vector<In
 
 void TermSearch::apply(RowSet& rows) const
 {
-    std::vector<const Search*> others;
+    std::vector<Pending> pending;
     for (const Search& search : m_searches) {
-        if (hasWords(search) && size_t(rows.count()) * rowsPerFew > rows.size())
-            applyWords(search, rows);
+        Pending term = lookThroughWords(search, rows);
+        if (term.columns.empty())
+            keep(search, term.hits, { 0, rows.size() }, rows);
         else
-            others.push_back(&search);
+            pending.push_back(std::move(term));
     }
-    if (others.empty())
+    if (pending.empty())
         return;
-    RowSet hits(rows.size());
     // All terms range by range: the texts of a range are in the processor's cache when the second term is searched.
     forEachRowRange(rows.size(), [&](const RowRange& range) {
-        for (const Search* search : others)
-            applyTexts(*search, range, rows, hits);
+        for (Pending& term : pending)
+            searchTexts(term, range, rows);
     });
 }
 
@@ -97,30 +97,60 @@ void TermSearch::keep(const Search& search, const RowSet& hits, const RowRange& 
         rows.intersect(hits, range);
 }
 
-bool TermSearch::hasWords(const Search& search)
+// What is left to be searched of a term when its words are looked through.
+TermSearch::Pending TermSearch::lookThroughWords(const Search& search, const RowSet& rows)
 {
-    return WordIndex::canFind(search.term->pattern)
-        && std::all_of(search.columns.begin(), search.columns.end(),
-            [](const SearchedColumn& column) { return column.words != nullptr; });
+    Pending pending{ &search, search.columns, RowSet(rows.size()) };
+    const bool areFew = size_t(rows.count()) * rowsPerFew <= rows.size();
+    if (areFew || !WordIndex::canFind(search.term->pattern))
+        return pending;
+    RowSet hits(rows.size());
+    if (!addWordHits(search, rows, hits))
+        return pending;
+    pending.hits = std::move(hits);
+    const auto hasWords = [](const SearchedColumn& column) {
+        return column.words != nullptr;
+    };
+    pending.columns.erase(
+        std::remove_if(pending.columns.begin(), pending.columns.end(), hasWords), pending.columns.end());
+    return pending;
 }
 
-void TermSearch::applyWords(const Search& search, RowSet& rows)
+// False when too many rows would have to be looked at by themselves.
+bool TermSearch::addWordHits(const Search& search, const RowSet& rows, RowSet& hits)
 {
-    RowSet hits(rows.size());
+    RowSet candidates(rows.size());
     for (const SearchedColumn& column : search.columns) {
-        column.words->find(search.term->pattern, hits);
+        if (column.words == nullptr)
+            continue;
+        column.words->find(search.term->pattern, hits, candidates);
         // Few rows came after the words.
-        for (size_t row = column.words->rows(); row < rows.size(); ++row) {
-            if (column.texts->isMatch(search.term->pattern, row))
-                hits.insert(row);
-        }
+        for (size_t row = column.words->rows(); row < rows.size(); ++row)
+            candidates.insert(row);
     }
-    keep(search, hits, { 0, rows.size() }, rows);
+    candidates.subtract(hits, { 0, rows.size() });
+    candidates.intersect(rows);
+    if (size_t(candidates.count()) * search.rowsPerLook > rows.size())
+        return false;
+    // Most of them hold the anchor, hence it is not looked for first.
+    const auto isHit = [&search](size_t row) {
+        return std::any_of(search.columns.begin(), search.columns.end(), [&](const SearchedColumn& column) {
+            return column.words != nullptr && search.term->pattern.matches(column.texts->row(row));
+        });
+    };
+    forEachRowRange(rows.size(), [&](const RowRange& range) {
+        candidates.forEach(range, [&](size_t row) {
+            if (isHit(row))
+                hits.insert(row);
+        });
+    });
+    return true;
 }
 
 // Where few rows of the range are left each is looked at by itself, else the texts of the range are searched through.
-void TermSearch::applyTexts(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits)
+void TermSearch::searchTexts(Pending& pending, const RowRange& range, RowSet& rows)
 {
+    const Search& search = *pending.search;
     if (size_t(rows.count(range)) * search.rowsPerLook < range.end - range.begin) {
         rows.forEach(range, [&](size_t row) {
             if (isFound(search, row) == search.term->isNegated)
@@ -128,12 +158,11 @@ void TermSearch::applyTexts(const Search& search, const RowRange& range, RowSet&
         });
         return;
     }
-    hits.clear(range);
-    for (const SearchedColumn& column : search.columns) {
-        column.texts->find(search.term->pattern, range, hits);
+    for (const SearchedColumn& column : pending.columns) {
         // A word that is in every path need not be looked for in the descriptions.
-        if (hits.includes(rows, range))
+        if (pending.hits.includes(rows, range))
             break;
+        column.texts->find(search.term->pattern, range, pending.hits);
     }
-    keep(search, hits, range, rows);
+    keep(search, pending.hits, range, rows);
 }

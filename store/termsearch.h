@@ -18,8 +18,8 @@ struct SearchedColumn
 
 /// Finds the rows in which all terms of a lookup occur, each in any of the columns; a negated one in none of them.
 ///
-/// Terms that are looked for among words come first, then the texts are searched for the others, those in few rows
-/// first: what they leave is looked at row by row.
+/// Terms are looked for among the words of the columns that have them. Then the texts of the others are searched, for
+/// the terms with few rows first: what these leave is looked at row by row.
 ///
 /// Owner: the stack of one lookup, as long as columns and terms stay. Thread: any; all processors search.
 class TermSearch final
@@ -42,11 +42,20 @@ private:
         size_t rowsPerLook = 0;
     };
 
+    /// A term of which some columns are still to be searched.
+    struct Pending
+    {
+        const Search* search = nullptr;
+        std::vector<SearchedColumn> columns;
+        // The rows that the other columns have.
+        RowSet hits;
+    };
+
     static bool isFound(const Search& search, size_t row);
     static void keep(const Search& search, const RowSet& hits, const RowRange& range, RowSet& rows);
-    static bool hasWords(const Search& search);
-    static void applyWords(const Search& search, RowSet& rows);
-    static void applyTexts(const Search& search, const RowRange& range, RowSet& rows, RowSet& hits);
+    static Pending lookThroughWords(const Search& search, const RowSet& rows);
+    static bool addWordHits(const Search& search, const RowSet& rows, RowSet& hits);
+    static void searchTexts(Pending& pending, const RowRange& range, RowSet& rows);
 
     std::vector<size_t> sampleOfRows() const;
     Search sampledSearch(const IndexedView::Term& term, const std::vector<size_t>& sample) const;

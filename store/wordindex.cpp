@@ -154,8 +154,8 @@ std::optional<WordIndex> WordIndex::make(const FoldedText& texts, size_t greates
 
 bool WordIndex::canFind(const LikePattern& pattern)
 {
-    const std::string_view text = pattern.anchor();
-    return pattern.isPlain() && std::none_of(text.begin(), text.end(), isSeparator);
+    const std::string_view anchor = pattern.anchor();
+    return !anchor.empty() && std::none_of(anchor.begin(), anchor.end(), isSeparator);
 }
 
 size_t WordIndex::bytes() const
@@ -166,16 +166,31 @@ size_t WordIndex::bytes() const
     return bytes;
 }
 
-void WordIndex::find(const LikePattern& pattern, RowSet& hits) const
+void WordIndex::find(const LikePattern& pattern, RowSet& hits, RowSet& candidates) const
+{
+    const auto setOf = [&](size_t word) -> RowSet& {
+        return pattern.isPlain() || pattern.matches(m_words.row(word)) ? hits : candidates;
+    };
+    const RowSet words = wordsWith(pattern.anchorAlone());
+    for (const FrequentWord& word : m_frequentWords) {
+        if (words.contains(word.number))
+            setOf(word.number).unite(word.rows);
+    }
+    words.forEach([&](size_t word) {
+        if (m_listStarts[word] < m_listStarts[word + 1])
+            addRows(word, setOf(word));
+    });
+}
+
+RowSet WordIndex::wordsWith(const LikePattern& pattern) const
 {
     RowSet words(m_words.rows());
     forEachRowRange(m_words.rows(), [&](const RowRange& range) { m_words.find(pattern, range, words); });
-    for (const FrequentWord& word : m_frequentWords) {
-        if (words.contains(word.number))
-            hits.unite(word.rows);
-    }
-    words.forEach([&](size_t word) {
-        for (size_t place = m_listStarts[word]; place < m_listStarts[word + 1]; ++place)
-            hits.insert(m_lists[place]);
-    });
+    return words;
+}
+
+void WordIndex::addRows(size_t word, RowSet& rows) const
+{
+    for (size_t place = m_listStarts[word]; place < m_listStarts[word + 1]; ++place)
+        rows.insert(m_lists[place]);
 }

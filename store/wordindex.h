@@ -9,11 +9,11 @@
 #include <optional>
 #include <vector>
 
-/// The words of one text column, each held once, with the rows in which it stands. A term that cannot go beyond a word
-/// is looked for in the words alone, which are far fewer than the texts: finding it takes a fraction of the time.
+/// The words of one text column, each held once, with the rows in which it stands. Looking through the words, which are
+/// far fewer than the texts, finds the rows of a term in a fraction of the time.
 ///
 /// Words end at spaces, at which lookups are split into terms, and at underscores, which stand for any character in a
-/// term.
+/// term: no piece of a term between two wildcards goes beyond a word.
 ///
 /// Memory: a word takes its UTF-8 and 9 bytes, and 4 bytes for each row in which it stands, or an eighth of a byte for
 /// each row of the column where that is less. Owner: WordIndexes. Thread: a value.
@@ -27,15 +27,17 @@ public:
     /// made, more bytes than these; may throw std::bad_alloc.
     static std::optional<WordIndex> make(const FoldedText& texts, size_t greatestBytes, const IsCancelled& isCancelled);
 
-    /// Whether what matches does so within one word.
+    /// Whether a row that matches must hold a word with the pattern's anchor in it.
     static bool canFind(const LikePattern& pattern);
 
     /// Of the column that it was made of.
     size_t rows() const { return m_rows; }
     size_t bytes() const;
 
-    /// Adds all rows that match to `hits`, which has at least as many rows. All processors look through the words.
-    void find(const LikePattern& pattern, RowSet& hits) const;
+    /// Adds to `hits` the rows that match within one word, and to `candidates` those whose words hold the anchor only:
+    /// a wildcard may stand for what is between two words. No other row matches. Both sets have at least as many rows.
+    /// All processors look through the words.
+    void find(const LikePattern& pattern, RowSet& hits, RowSet& candidates) const;
 
 private:
     struct FrequentWord
@@ -45,6 +47,9 @@ private:
     };
 
     WordIndex() = default;
+
+    void addRows(size_t word, RowSet& rows) const;
+    RowSet wordsWith(const LikePattern& pattern) const;
 
     FoldedText m_words;
     // By number, where each word's rows begin in the lists, and the end. Those of frequent words are not there.

@@ -97,8 +97,9 @@ void TermSearchTest::rowsAreThoseOfEachLookedAtByItself_data()
     QTest::addColumn<bool>("hasLibraryWords");
     QTest::addColumn<bool>("hasDescriptionWords");
     QTest::addColumn<QString>("lookup");
-    for (const char* lookup : { "drum", "absent", "take77", "!drum", "!x", "drum loop", "drum !loop", "take1 drum vu,",
-             "take12 !of windy", "d_um", "d%p of", "!d%p", "% x", "_ !take9" }) {
+    for (const char* lookup :
+        { "drum", "absent", "take77", "!drum", "!x", "drum loop", "drum !loop", "take1 drum vu,", "take12 !of windy",
+            "d_um", "d%p of", "!d%p", "% x", "_ !take9", "m_loop", "take1%x", "!take1%x drum", "o_%_vu" }) {
         for (const int words : { 0, 1, 2, 3 }) {
             QTest::addRow("%s, words %d", lookup, words) << ((words & 1) != 0) << ((words & 2) != 0) << QString(lookup);
         }

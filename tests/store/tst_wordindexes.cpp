@@ -42,7 +42,8 @@ void WordIndexesTest::eachColumnIsMade()
         const WordIndex* index = indexes.find(column);
         QVERIFY(index != nullptr);
         RowSet hits(columnTexts.rows());
-        index->find(pattern("take1"), hits);
+        RowSet candidates(columnTexts.rows());
+        index->find(pattern("take1"), hits, candidates);
         QVERIFY(rowsOf(hits) == rowsOf(matchingRows(columnTexts, pattern("take1"))));
     }
     QVERIFY(indexes.find("filePath") == nullptr);
