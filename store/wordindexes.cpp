@@ -6,6 +6,11 @@
 #include <new>
 #include <utility>
 
+WordIndexes::WordIndexes()
+{
+    m_thread.setMaxThreadCount(1);
+}
+
 WordIndexes::~WordIndexes()
 {
     clear();
@@ -16,9 +21,9 @@ void WordIndexes::begin(std::map<QString, FoldedText> texts, size_t greatestByte
     clear();
     m_hasBegun = true;
     m_isCancelled = std::make_shared<std::atomic<bool>>(false);
-    // Nobody waits for it, hence it holds all that it needs.
+    // It may outlive the next call, hence it holds all that it needs.
     const auto shared = std::make_shared<const std::map<QString, FoldedText>>(std::move(texts));
-    m_future = QtConcurrent::run(
+    m_future = QtConcurrent::run(&m_thread,
         [shared, greatestBytes, isCancelled = m_isCancelled]() { return make(*shared, greatestBytes, isCancelled); });
 }
 

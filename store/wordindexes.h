@@ -6,6 +6,7 @@
 
 #include <QFuture>
 #include <QString>
+#include <QThreadPool>
 
 #include <atomic>
 #include <map>
@@ -13,11 +14,13 @@
 
 /// The WordIndexes of a table's text columns, made in the background, of copies, while the texts are searched.
 ///
-/// Owner: a RowIndex. Thread: the store's, as each function; the making takes one thread of the global pool.
+/// Owner: a RowIndex. Thread: the store's, as each function; they are made in a thread of their own, since it takes
+/// seconds, in which the global pool must go on decoding what is played.
 class WordIndexes final
 {
 public:
-    WordIndexes() = default;
+    WordIndexes();
+    /// Waits until what is being made has ended, some milliseconds.
     ~WordIndexes();
     Q_DISABLE_COPY_MOVE(WordIndexes)
 
@@ -46,4 +49,5 @@ private:
     bool m_hasBegun = false;
     Flag m_isCancelled;
     QFuture<Made> m_future;
+    QThreadPool m_thread;
 };

@@ -102,7 +102,7 @@ void WordIndexesTest::whatIsBeingMadeMayBeForgotten()
     indexes.waitForFinished();
 
     QVERIFY(indexes.find("description") != nullptr);
-    QVERIFY(QThreadPool::globalInstance()->waitForDone(60000));
+    indexes.begin(texts, anyBytes);
 }
 
 QTEST_GUILESS_MAIN(WordIndexesTest)
