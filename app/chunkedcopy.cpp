@@ -62,6 +62,8 @@ Outcome ChunkedCopy::copy(const QString& sourceFilePath, const QString& targetFi
         return Outcome::TargetNotWritten;
     if (m_options.hasPermissionsOfSource)
         target.setPermissions(source.permissions() & ~permissionsOfThisUser);
+    if (m_watch.isAccepted && !m_watch.isAccepted(target.filePath()))
+        return Outcome::NotAccepted;
     if (m_watch.isCanceled())
         return Outcome::Canceled;
     return target.publish(m_options.isReplacing) ? Outcome::Copied : Outcome::TargetNotWritten;

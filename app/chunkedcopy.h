@@ -20,7 +20,9 @@ public:
         SourceNotOpened,
         TargetNotOpened,
         SourceNotRead,
-        TargetNotWritten
+        TargetNotWritten,
+        /// By `Watch::isAccepted`.
+        NotAccepted
     };
 
     struct Watch
@@ -29,6 +31,8 @@ public:
         std::function<bool()> isCanceled;
         /// Told after each chunk: the position in the source and its size, in bytes. May be empty.
         std::function<void(qint64 position, qint64 size)> progress;
+        /// Asked once the copy is whole, with where it is until it gets its name. May be empty.
+        std::function<bool(const QString& filePath)> isAccepted = {};
     };
 
     struct Options

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/databasebackup.h"
 
+#include "app/databasecheck.h"
 #include "app/databasefiles.h"
 #include "app/filecopy.h"
+#include "app/filesystem.h"
 #include "store/database.h"
 
 #include <QCoreApplication>
@@ -12,6 +14,19 @@ namespace {
 QString text(const char* pattern, const QString& path)
 {
     return QCoreApplication::translate("DatabaseBackup", pattern).arg(path);
+}
+
+// Why a damaged copy does not get the chosen name; empty when it takes nothing away there.
+QString refusalToReplace(const QString& targetFilePath, const QString& damage)
+{
+    if (!FileSystem::isNameTaken(targetFilePath))
+        return {};
+    return text(
+               QT_TRANSLATE_NOOP("DatabaseBackup",
+                   "The database is damaged, and the existing file was not replaced: %1\nChoose another name to keep a "
+                   "copy of the damaged database."),
+               targetFilePath)
+        + QLatin1Char('\n') + damage;
 }
 
 } // namespace
@@ -36,7 +51,11 @@ OperationReply* DatabaseBackup::start(const QString& targetFilePath)
     m_isClosed = true;
     if (DatabaseFiles::hasCompanions(source))
         return failedReply(text(QT_TRANSLATE_NOOP("DatabaseBackup", "Database file is in use: %1"), source));
-    return copyFile(source, targetFilePath, ExistingTarget::Replace);
+    return copyFile(
+        source, targetFilePath, ExistingTarget::Replace, [damage = m_damage, targetFilePath](const QString& filePath) {
+            *damage = damageOfDatabase(filePath);
+            return damage->isEmpty() ? QString() : refusalToReplace(targetFilePath, *damage);
+        });
 }
 
 bool DatabaseBackup::end()

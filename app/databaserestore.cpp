@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/databaserestore.h"
 
+#include "app/databasecheck.h"
 #include "app/databasefiles.h"
 #include "app/filecopy.h"
 #include "app/filesystem.h"
@@ -39,6 +40,7 @@ OperationReply* DatabaseRestore::start(const QString& sourceFilePath)
     if (DatabaseFiles::isPartOfDatabase(sourceFilePath, m_databaseFilePath))
         return failedReply(text(
             QT_TRANSLATE_NOOP("DatabaseRestore", "The database cannot be restored from itself: %1"), sourceFilePath));
+    m_sourceFilePath = sourceFilePath;
     m_database.close();
     m_isClosed = true;
     if (DatabaseFiles::hasCompanions(m_databaseFilePath))
@@ -50,7 +52,12 @@ OperationReply* DatabaseRestore::start(const QString& sourceFilePath)
     if (!m_hasSafetyCopy && !FileSystem::isWritableFolder(folder))
         return failedReply(
             text(QT_TRANSLATE_NOOP("DatabaseRestore", "Unable to make safety copy: %1"), m_safetyCopyPath));
-    return copyFile(sourceFilePath, m_stagingPath);
+    // A copy of no catalogue, or of a damaged one, is told about only when the restore ends.
+    return copyFile(
+        sourceFilePath, m_stagingPath, ExistingTarget::Refuse, [damage = m_damage](const QString& filePath) {
+            *damage = damageOfDatabase(filePath);
+            return QString();
+        });
 }
 
 DatabaseRestore::Outcome DatabaseRestore::end(bool isCopied)
@@ -70,7 +77,7 @@ DatabaseRestore::Outcome DatabaseRestore::end(bool isCopied)
 
 bool DatabaseRestore::replaceDatabase()
 {
-    if (!opens(m_stagingPath) || !makeSafetyCopy())
+    if (!opens(m_stagingPath) || !isSound() || !makeSafetyCopy())
         return false;
     if (!FileSystem::renameReplacing(m_stagingPath, m_databaseFilePath)) {
         m_errorText = text(QT_TRANSLATE_NOOP("DatabaseRestore", "Unable to write target file: %1"), m_databaseFilePath);
@@ -98,6 +105,16 @@ bool DatabaseRestore::opens(const QString& filePath)
     m_errorText = candidate.lastError();
     candidate.close();
     return isOpened;
+}
+
+// A catalogue opens also when the pages with its records cannot be read any more.
+bool DatabaseRestore::isSound()
+{
+    if (m_damage->isEmpty())
+        return true;
+    m_errorText = text(QT_TRANSLATE_NOOP("DatabaseRestore", "The backup file is damaged: %1"), m_sourceFilePath)
+        + QLatin1Char('\n') + *m_damage;
+    return false;
 }
 
 bool DatabaseRestore::makeSafetyCopy()

@@ -3,15 +3,17 @@
 
 #include <QString>
 
+#include <memory>
+
 class Database;
 class OperationReply;
 
 /// One restore: the store's file is replaced by a copy of another, and kept as a safety copy until the new one has been
 /// opened.
 ///
-/// The copy is made beside the database and tried there; then it takes the database's place in one step. Whatever
-/// happens before, a canceled copy, a full disk or a killed program, the previous database stands where it stood. It is
-/// never removed unless the new one is open.
+/// The copy is made beside the database, and its pages are read and it is opened there; then it takes the database's
+/// place in one step. Whatever happens before, a canceled copy, a full disk or a killed program, the previous database
+/// stands where it stood. It is never removed unless the new one is open.
 ///
 /// Errors besides those of `copyFile()`: "The database cannot be restored from itself: %1", "Database file is in use:
 /// %1", "Unable to make safety copy: %1".
@@ -45,6 +47,7 @@ public:
 
 private:
     bool opens(const QString& filePath);
+    bool isSound();
     bool makeSafetyCopy();
     bool replaceDatabase();
     void putSafetyCopyBack();
@@ -53,9 +56,12 @@ private:
     Database& m_database;
     // Through links: the file itself is replaced, not a link to it.
     QString m_databaseFilePath;
+    QString m_sourceFilePath;
     QString m_safetyCopyPath;
     QString m_stagingPath;
     QString m_errorText;
+    // What is wrong with the copy's pages; written by the worker before the reply ends.
+    const std::shared_ptr<QString> m_damage = std::make_shared<QString>();
     bool m_isClosed = false;
     bool m_hasSafetyCopy = false;
 };

@@ -36,6 +36,7 @@ QString errorText(ChunkedCopy::Outcome outcome, const QString& source, const QSt
 {
     switch (outcome) {
     case ChunkedCopy::Outcome::Copied:
+    case ChunkedCopy::Outcome::NotAccepted:
         break;
     case ChunkedCopy::Outcome::Canceled:
         return QCoreApplication::translate("FileCopy", "Canceled");
@@ -51,16 +52,21 @@ QString errorText(ChunkedCopy::Outcome outcome, const QString& source, const QSt
     return QString();
 }
 
-void runFileCopy(OperationReply* reply, const QString& source, const QString& target, bool isReplacing)
+void runFileCopy(
+    OperationReply* reply, const QString& source, const QString& target, bool isReplacing, const CopyCheck& check)
 {
     reply->setProgress(0, -1);
     QFileInfo(target).dir().mkpath(QStringLiteral("."));
+    QString refusal;
     const ChunkedCopy::Watch watch{ [reply]() { return reply->isCanceled(); },
-        [reply](qint64 position, qint64 size) {
-            reportBytes(reply, position, size);
+        [reply](qint64 position, qint64 size) { reportBytes(reply, position, size); },
+        [&refusal, &check](const QString& filePath) {
+            refusal = check ? check(filePath) : QString();
+            return refusal.isEmpty();
         } };
     ChunkedCopy copy(watch, { isReplacing, true, false });
-    const QString failure = errorText(copy.copy(source, target), source, target);
+    const ChunkedCopy::Outcome outcome = copy.copy(source, target);
+    const QString failure = outcome == ChunkedCopy::Outcome::NotAccepted ? refusal : errorText(outcome, source, target);
     if (failure.isEmpty())
         reply->finish();
     else
@@ -147,7 +153,8 @@ OperationReply* failedReply(const QString& errorText)
     return reply;
 }
 
-OperationReply* copyFile(const QString& sourceFilePath, const QString& targetFilePath, ExistingTarget existingTarget)
+OperationReply* copyFile(
+    const QString& sourceFilePath, const QString& targetFilePath, ExistingTarget existingTarget, const CopyCheck& check)
 {
     if (!QFileInfo::exists(sourceFilePath))
         return failedReply(text(QT_TRANSLATE_NOOP("FileCopy", "Source file not exists: %1"), sourceFilePath));
@@ -155,8 +162,8 @@ OperationReply* copyFile(const QString& sourceFilePath, const QString& targetFil
     if (!isReplacing && FileSystem::isNameTaken(targetFilePath))
         return failedReply(text(QT_TRANSLATE_NOOP("FileCopy", "Target file already exists: %1"), targetFilePath));
     auto* reply = new OperationReply;
-    QtConcurrent::run([reply, sourceFilePath, targetFilePath, isReplacing]() {
-        runFileCopy(reply, sourceFilePath, targetFilePath, isReplacing);
+    QtConcurrent::run([reply, sourceFilePath, targetFilePath, isReplacing, check]() {
+        runFileCopy(reply, sourceFilePath, targetFilePath, isReplacing, check);
     });
     return reply;
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 class OperationReply;
 
 /// Copies that run on the global thread pool and report through a reply, which the caller owns. A copy gets its name
@@ -17,6 +19,10 @@ enum class ExistingTarget
     Replace
 };
 
+/// Looks at a copy that is whole but has not got its name yet, in the worker's thread. The text that it returns, unless
+/// it is empty, is the error with which the copy ends.
+using CopyCheck = std::function<QString(const QString& filePath)>;
+
 /// A reply of an operation that has failed before it began.
 OperationReply* failedReply(const QString& errorText);
 
@@ -25,9 +31,9 @@ OperationReply* failedReply(const QString& errorText);
 ///
 /// Errors: "Source file not exists: %1", "Target file already exists: %1", "Unable to open source file for reading:
 /// %1", "Unable to open target file for writing: %1", "Unable to read source file: %1", "Unable to write target file:
-/// %1", "Canceled".
+/// %1", "Canceled", the text of the check.
 OperationReply* copyFile(const QString& sourceFilePath, const QString& targetFilePath,
-    ExistingTarget existingTarget = ExistingTarget::Refuse);
+    ExistingTarget existingTarget = ExistingTarget::Refuse, const CopyCheck& check = {});
 
 /// Copies files into a folder under their own names, with the number of copied files as progress. A file that cannot
 /// be copied is a warning. Canceled, it removes what it has copied so far, and nothing else.

@@ -158,6 +158,7 @@ private:
     void setSelectedOnPlaylist(bool isOnPlaylist);
     bool prepareView();
     void copyToWorkFolder(const QStringList& filePaths);
+    void tellBackupIsMade(const QString& damage);
     void finishRestore(DatabaseRestore::Outcome outcome, const QString& errorText);
     void tellDatabaseIsClosed(const QString& title);
 

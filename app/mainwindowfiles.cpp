@@ -161,11 +161,21 @@ void MainWindow::on_backupDatabaseAction_triggered()
     {
         const ReplyPointer reply(backup.start(filePath));
         if (runInDialog(this, reply.get(), copyTexts()))
-            showOutcome(this, tr("Database Backup"), tr("Database backup created successfully"));
+            tellBackupIsMade(backup.damage());
     }
     if (!backup.end())
         tellDatabaseIsClosed(tr("Database Backup"));
     m_ui->metaDataView->requery(true);
+}
+
+void MainWindow::tellBackupIsMade(const QString& damage)
+{
+    const QString title = tr("Database Backup");
+    if (damage.isEmpty())
+        showOutcome(this, title, tr("Database backup created successfully"));
+    else
+        showFailure(
+            this, title, tr("The database is damaged, and so is the copy that was made of it.\n%1").arg(damage));
 }
 
 void MainWindow::on_restoreDatabaseAction_triggered()

@@ -16,6 +16,8 @@ public:
     ~PartialFile();
     Q_DISABLE_COPY(PartialFile)
 
+    /// Where it is until it gets its name.
+    QString filePath() const { return m_file.fileName(); }
     /// Creates the file; false when it cannot be.
     bool open();
     bool write(const char* bytes, qint64 size);

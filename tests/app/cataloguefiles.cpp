@@ -22,6 +22,21 @@ void makeCatalogue(const QString& path, const QString& name, int records)
         qFatal("Cannot make %s", qPrintable(path));
 }
 
+void damagePagesOf(const QString& path, const QStringList& names)
+{
+    using TestSupport::firstValue;
+    const qint64 size = firstValue(path, QStringLiteral("PRAGMA page_size")).toLongLong();
+    const QString statement = QStringLiteral("SELECT rootpage FROM sqlite_master WHERE name='%1'");
+    QFile file(path);
+    if (!file.open(QIODevice::ReadWrite))
+        qFatal("Cannot write %s", qPrintable(path));
+    for (const QString& name : names) {
+        const qint64 page = firstValue(path, statement.arg(name)).toLongLong();
+        if (page < 2 || !file.seek((page - 1) * size) || file.write(QByteArray(int(size), '\x5a')) != size)
+            qFatal("Cannot damage %s", qPrintable(name));
+    }
+}
+
 QString catalogueIn(const QString& path)
 {
     using TestSupport::firstValue;

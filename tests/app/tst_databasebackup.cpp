@@ -34,6 +34,8 @@ private slots:
     void backupOntoTheDatabaseIsRefused_data();
     void backupOntoTheDatabaseIsRefused();
     void backupOfADatabaseInUseIsRefused();
+    void damagedCatalogueDoesNotReplaceABackup();
+    void damagedCatalogueIsCopiedUnderANewName();
     void fullDiskKeepsTheEarlierBackup_data();
     void fullDiskKeepsTheEarlierBackup();
     void readOnlyFolderKeepsTheEarlierBackup();
@@ -173,6 +175,37 @@ void DatabaseBackupTest::backupOfADatabaseInUseIsRefused()
     QVERIFY(QFileInfo::exists(journal));
     QVERIFY(QFile::remove(journal));
     compareDatabase();
+}
+
+void DatabaseBackupTest::damagedCatalogueDoesNotReplaceABackup()
+{
+    QVERIFY(QFile::copy(m_catalogues.filePath(QStringLiteral("old")), target()));
+    damagePagesOf(m_store->filePath(), { QStringLiteral("MetaData1") });
+    const QByteArray bytes = contents(m_store->filePath());
+
+    const QString errorText = backUpTo(target());
+
+    QVERIFY2(errorText.startsWith(
+                 QStringLiteral("The database is damaged, and the existing file was not replaced: ") + target()),
+        qPrintable(errorText));
+    QCOMPARE(catalogueIn(target()), QStringLiteral("old"));
+    QCOMPARE(namesIn(m_folder->path()), QStringList({ "backup.dat" }));
+    QVERIFY(contents(m_store->filePath()) == bytes);
+    QVERIFY(m_store->database().isOpened());
+}
+
+// What can still be read of it is not to be lost.
+void DatabaseBackupTest::damagedCatalogueIsCopiedUnderANewName()
+{
+    damagePagesOf(m_store->filePath(), { QStringLiteral("MetaData1") });
+    DatabaseBackup backup(m_store->database());
+
+    const auto reply = TestSupport::await(backup.start(target()));
+
+    QCOMPARE(reply->errorString(), QString());
+    QVERIFY(!backup.damage().isEmpty());
+    QVERIFY(backup.end());
+    QVERIFY(contents(target()) == contents(m_store->filePath()));
 }
 
 void DatabaseBackupTest::fullDiskKeepsTheEarlierBackup_data()

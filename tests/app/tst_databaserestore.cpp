@@ -39,6 +39,8 @@ private slots:
     void safetyCopyExistsWhileTheFileIsCopied();
     void fileThatIsNoCatalogueIsRefused_data();
     void fileThatIsNoCatalogueIsRefused();
+    void backupWithDamagedPagesIsRefused_data();
+    void backupWithDamagedPagesIsRefused();
     void missingSourceChangesNothing();
     void restoreFromTheDatabaseItselfIsRefused_data();
     void restoreFromTheDatabaseItselfIsRefused();
@@ -181,6 +183,33 @@ void DatabaseRestoreTest::fileThatIsNoCatalogueIsRefused()
     QCOMPARE(m_copyError, QString());
     QCOMPARE(m_errorText, reason);
     QCOMPARE(contents(source), bytes);
+    compareUnchanged();
+}
+
+void DatabaseRestoreTest::backupWithDamagedPagesIsRefused_data()
+{
+    QTest::addColumn<QString>("damagedPart");
+    QTest::newRow("records") << "MetaData1";
+    QTest::newRow("an index") << "MetaData1_fileName";
+    QTest::newRow("names of the tables") << "Settings";
+}
+
+void DatabaseRestoreTest::backupWithDamagedPagesIsRefused()
+{
+    QFETCH(QString, damagedPart);
+    // Signs that have a meaning in the address of a file.
+    const QString source = path(QStringLiteral("damaged %41 #1?.dat"));
+    QVERIFY(QFile::copy(backupFile(), source));
+    damagePagesOf(source, { damagedPart });
+    const QByteArray bytes = contents(source);
+
+    QCOMPARE(restoreFrom(source), Outcome::Failed);
+
+    QCOMPARE(m_copyError, QString());
+    QVERIFY2(m_errorText.startsWith(QStringLiteral("The backup file is damaged: ") + source + QLatin1Char('\n')),
+        qPrintable(m_errorText));
+    QVERIFY(contents(source) == bytes);
+    QCOMPARE(namesIn(m_folder->path()), QStringList({ QFileInfo(source).fileName() }));
     compareUnchanged();
 }
 

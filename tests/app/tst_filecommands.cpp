@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/app/cataloguefiles.h"
 #include "tests/app/commandhelpers.h"
 #include "tests/app/windowfixture.h"
 
@@ -69,6 +70,7 @@ private slots:
     void existingCopyIsAWarning();
     void backupIsTheDatabase();
     void backupOntoTheDatabaseIsRefused();
+    void damagedDatabaseIsToldWithTheBackup();
     void canceledChooserBacksNothingUp();
     void restoreBringsTheBackupBack();
     void restoreOfAStrangeFileKeepsTheDatabase();
@@ -310,6 +312,23 @@ void FileCommandsTest::backupOntoTheDatabaseIsRefused()
     QVERIFY2(text.contains(QLatin1String("The database cannot be its own backup: ")), qPrintable(text));
     QVERIFY(m_fixture->window().isDatabaseOpened());
     QCOMPARE(value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(), sampleRows);
+}
+
+void FileCommandsTest::damagedDatabaseIsToldWithTheBackup()
+{
+    start();
+    // Of a table that the window does not show, as damage that nobody has met yet.
+    damagePagesOf(m_fixture->databaseFile(), { QStringLiteral("MetaData3") });
+    const QString backup = file(QStringLiteral("backup.dat"));
+    choosePath(*m_fixture, backup);
+    Message outcome;
+    answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &outcome);
+
+    m_fixture->child<QAction>("backupDatabaseAction")->trigger();
+
+    QCOMPARE(outcome.title, QStringLiteral("Database Backup"));
+    QVERIFY2(outcome.text.startsWith(QLatin1String("The database is damaged")), qPrintable(outcome.text));
+    QVERIFY(contents(backup) == contents(m_fixture->databaseFile()));
 }
 
 void FileCommandsTest::canceledChooserBacksNothingUp()
