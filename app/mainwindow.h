@@ -115,6 +115,7 @@ private:
     void buildInterface();
     void fitTexts();
     void measurePanel();
+    void letButtonsShrink();
     int smallestPanelWidth() const;
     void fitPanel(int width);
     void setLogoVisible(bool isVisible);

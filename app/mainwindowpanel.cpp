@@ -7,6 +7,7 @@
 #include "ui/whitebutton.h"
 
 #include <QResizeEvent>
+#include <QScreen>
 
 #include <algorithm>
 #include <cmath>
@@ -17,6 +18,7 @@ namespace {
 constexpr int narrowingBesideLogo = 10; // of a record button
 constexpr int gapBeforeLogo = 6; // beside the row's spacing
 constexpr int roomBesideLookup = 48; // for the icons
+constexpr int roomForFrame = 8; // of the window manager
 
 constexpr int longestWholeCount = 1000000; // a count of no more digits is never cut off
 
@@ -47,9 +49,25 @@ void MainWindow::measurePanel()
     setLogoVisible(false);
     m_widthOfLogo = widthWithLogo - smallestPanelWidth();
     narrowRecordButtons(WhiteButton::mostNarrowing);
+    const int widthOnScreen = screen()->availableSize().width() - roomForFrame;
+    if (smallestPanelWidth() > widthOnScreen)
+        letButtonsShrink();
     // The layout alone would not let the window become narrower than what is shown just then.
-    setMinimumWidth(smallestPanelWidth());
+    setMinimumWidth(std::min(smallestPanelWidth(), widthOnScreen));
     fitPanel(width());
+}
+
+// With a large font on a small screen: a window wider than the screen would have its menus or its last buttons beside
+// it.
+void MainWindow::letButtonsShrink()
+{
+    const QList<WhiteButton*> buttons = m_ui->topPanel->findChildren<WhiteButton*>();
+    for (WhiteButton* button : buttons)
+        button->setShrinkable(true);
+    m_ui->viewButtonsLayout->invalidate();
+    m_ui->playButtonsLayout->invalidate();
+    m_ui->upperWidgetLayout->invalidate();
+    m_ui->lowerWidgetLayout->invalidate();
 }
 
 int MainWindow::smallestPanelWidth() const

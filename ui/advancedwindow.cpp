@@ -5,20 +5,50 @@
 
 #include <QCloseEvent>
 #include <QGuiApplication>
+#include <QRegion>
 #include <QResizeEvent>
 #include <QScreen>
+#include <QStyle>
 #include <QWindow>
+
+#include <algorithm>
 
 namespace {
 
 constexpr int saveDelay = 300; // milliseconds
 constexpr int announceDelay = 1000; // milliseconds
 constexpr int placingDelay = 60; // milliseconds
+constexpr int leastTitleWidth = 120; // device-independent pixels
 
 QScreen* screenOf(const QWidget* widget)
 {
     QScreen* screen = widget->screen();
     return screen ? screen : QGuiApplication::primaryScreen();
+}
+
+// Centred where the screen has room for it, otherwise from the edge at which the title bar and the menu begin.
+QPoint centredPosition(const QSize& size, const QRect& available)
+{
+    QRect area(QPoint(), size);
+    area.moveCenter(available.center());
+    return { std::max(area.left(), available.left()), std::max(area.top(), available.top()) };
+}
+
+// Where most of the area is; the fallback where no screen has any of it.
+QScreen* screenUnder(const QRect& area, QScreen* fallback)
+{
+    QScreen* best = fallback;
+    int mostPixels = 0;
+    const QList<QScreen*> screens = QGuiApplication::screens();
+    for (QScreen* screen : screens) {
+        const QSize common = screen->availableGeometry().intersected(area).size();
+        const int pixels = common.isEmpty() ? 0 : common.width() * common.height();
+        if (pixels > mostPixels) {
+            mostPixels = pixels;
+            best = screen;
+        }
+    }
+    return best;
 }
 
 } // namespace
@@ -131,9 +161,7 @@ QPoint AdvancedWindow::centredFramePosition() const
 {
     // The window's own frame geometry may be older than what the platform knows of its frame.
     const QMargins frame = windowHandle() ? windowHandle()->frameMargins() : QMargins();
-    QRect area(QPoint(), size().grownBy(frame));
-    area.moveCenter(screenOf(this)->availableGeometry().center());
-    return area.topLeft();
+    return centredPosition(size().grownBy(frame), screenOf(this)->availableGeometry());
 }
 
 bool AdvancedWindow::restoreGeometry()
@@ -149,7 +177,7 @@ bool AdvancedWindow::restoreGeometry()
     const QString positionKey = QStringLiteral("position") + suffix;
     if (!m_settings->contains(sizeKey) || !m_settings->contains(positionKey))
         return false;
-    resize(m_settings->value(sizeKey).toSize());
+    resize(m_settings->value(sizeKey).toSize().boundedTo(screenOf(this)->availableVirtualSize()));
     move(m_settings->value(positionKey).toPoint());
     moveOntoScreen();
     m_restoredPosition = pos();
@@ -161,20 +189,29 @@ void AdvancedWindow::applyPreferredGeometry()
 {
     const QRect available = screenOf(this)->availableGeometry();
     resize(preferredSize().boundedTo(available.size()));
-    QRect area(QPoint(), size());
-    area.moveCenter(available.center());
-    move(area.topLeft());
+    move(centredPosition(size(), available));
+}
+
+// What the user needs of the window to move it and to use it: the title bar and the menu below it.
+QSize AdvancedWindow::handleSize() const
+{
+    const QSize menu = menuWidget() ? menuWidget()->sizeHint() : QSize(0, 0);
+    const int titleHeight = style()->pixelMetric(QStyle::PM_TitleBarHeight);
+    return { std::max(menu.width(), leastTitleWidth), titleHeight + menu.height() };
 }
 
 void AdvancedWindow::moveOntoScreen()
 {
-    const QRect area(pos(), size());
-    const QList<QScreen*> screens = QGuiApplication::screens();
-    for (const QScreen* screen : screens) {
-        if (screen->availableGeometry().intersects(area))
-            return;
-    }
-    move(screenOf(this)->availableGeometry().topLeft());
+    const QRect handle(pos(), handleSize());
+    QRegion screens;
+    for (const QScreen* screen : QGuiApplication::screens())
+        screens += screen->availableGeometry();
+    if (QRegion(handle).subtracted(screens).isEmpty())
+        return;
+    const QRect available = screenUnder(QRect(pos(), size()), screenOf(this))->availableGeometry();
+    const bool isWithinSides = handle.left() >= available.left() && handle.right() <= available.right();
+    const bool isWithinHeight = handle.top() >= available.top() && handle.bottom() <= available.bottom();
+    move(isWithinSides ? handle.left() : available.left(), isWithinHeight ? handle.top() : available.top());
 }
 
 void AdvancedWindow::saveGeometry()

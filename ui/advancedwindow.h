@@ -11,7 +11,7 @@ class Settings;
 /// Base of the main window: remembers size, position and maximised state for each screen size it is used on.
 ///
 /// `showWindow()` shows it in two steps: it is laid out off the screen first, then, on the next turn of the event loop,
-/// gets its geometry and appears; `showed()` follows once.
+/// gets its geometry and appears; `showed()` follows once. Its title bar and its menu are always on a screen.
 ///
 /// Owner: the start-up code. Thread: GUI.
 class AdvancedWindow : public QMainWindow
@@ -55,6 +55,7 @@ private:
     void placeFrame();
     QPoint centredFramePosition() const;
     void applyPreferredGeometry();
+    QSize handleSize() const;
     void moveOntoScreen();
 
     Settings* m_settings = nullptr;

@@ -9,6 +9,7 @@
 namespace {
 
 constexpr int sidePadding = 11; // device-independent pixels
+constexpr int leastSidePadding = 4;
 constexpr int smallestWidth = 44;
 
 } // namespace
@@ -22,6 +23,8 @@ void ButtonStyle::drawControl(
     } else if (button && element == CE_PushButtonLabel) {
         QStyleOptionButton label(*button);
         label.palette.setColor(QPalette::ButtonText, coloursOf(*button).text);
+        const int room = label.rect.width() - 2 * leastSidePadding;
+        label.text = label.fontMetrics.elidedText(label.text, Qt::ElideRight, room, Qt::TextShowMnemonic);
         QProxyStyle::drawControl(element, &label, painter, widget);
     } else {
         QProxyStyle::drawControl(element, option, painter, widget);

@@ -8,6 +8,13 @@
 
 #include <algorithm>
 
+namespace {
+
+constexpr int lettersWhenShrunk = 4;
+constexpr int widthBesideText = 22; // device-independent pixels
+
+} // namespace
+
 WhiteButton::WhiteButton(QWidget* parent)
     : QPushButton(parent)
 {
@@ -23,6 +30,14 @@ void WhiteButton::setNarrowing(int narrowing)
     updateGeometry();
 }
 
+void WhiteButton::setShrinkable(bool isShrinkable)
+{
+    m_isShrinkable = isShrinkable;
+    setSizePolicy(isShrinkable ? QSizePolicy::Preferred : QSizePolicy::Minimum, sizePolicy().verticalPolicy());
+    setToolTip(isShrinkable ? text() : QString());
+    updateGeometry();
+}
+
 QSize WhiteButton::sizeHint() const
 {
     return QPushButton::sizeHint() - QSize(m_narrowing, 0);
@@ -30,7 +45,12 @@ QSize WhiteButton::sizeHint() const
 
 QSize WhiteButton::minimumSizeHint() const
 {
-    return sizeHint();
+    const QSize whole = sizeHint();
+    if (!m_isShrinkable)
+        return whole;
+    const QString start = text().left(lettersWhenShrunk) + QChar(0x2026);
+    const int width = fontMetrics().horizontalAdvance(start) + widthBesideText - m_narrowing;
+    return { std::min(whole.width(), width), whole.height() };
 }
 
 bool WhiteButton::event(QEvent* event)

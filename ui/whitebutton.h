@@ -18,6 +18,8 @@ public:
     static constexpr int mostNarrowing = 14;
     /// Takes so much of the usual width away, in device-independent pixels, where there is little room.
     void setNarrowing(int narrowing);
+    /// Lets a layout that is too narrow cut off the end of the text; its tool tip is then the whole text.
+    void setShrinkable(bool isShrinkable);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -27,6 +29,7 @@ protected:
 
 private:
     int m_narrowing = 0;
+    bool m_isShrinkable = false;
 };
 
 /// The left end of a row of joined buttons.

@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLayout>
 #include <QSignalSpy>
 #include <QStandardPaths>
 #include <QtTest>
@@ -47,6 +48,24 @@ QString sampleDatabaseFile()
         store.destroy();
     }
     return store.filePath();
+}
+
+// The first widget of a row that is less wide than it must be, stands over its neighbour or ends outside; or nothing.
+QString clippedOrOverlappingIn(const QWidget& row)
+{
+    int end = 0;
+    for (int place = 0; place < row.layout()->count(); ++place) {
+        const QWidget* widget = row.layout()->itemAt(place)->widget();
+        if (!widget || widget->isHidden())
+            continue;
+        // The play button's width is that of a text longer than its own.
+        const bool isClipped = widget->objectName() != QLatin1String("playbackButton")
+            && widget->width() < widget->minimumSizeHint().width();
+        if (isClipped || widget->x() < end)
+            return widget->objectName();
+        end = widget->x() + widget->width();
+    }
+    return end <= row.width() ? QString() : row.objectName();
 }
 
 } // namespace
@@ -113,6 +132,16 @@ void WindowFixture::close()
     m_window.reset();
     // Writes the settings out.
     Settings::setFileName(dataFile(QStringLiteral("Settings.ini")));
+}
+
+QString WindowFixture::clippedOrOverlapping()
+{
+    for (const auto* row : { "upperWidget", "lowerWidget", "viewButtonsWidget", "playButtonsWidget" }) {
+        const QString widget = clippedOrOverlappingIn(*child<QWidget>(row));
+        if (!widget.isEmpty())
+            return widget;
+    }
+    return {};
 }
 
 QString WindowFixture::counters()

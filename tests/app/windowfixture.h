@@ -42,6 +42,9 @@ public:
     {
         return m_window->findChild<Type*>(QLatin1String(name));
     }
+    /// The first widget of the panel that is less wide than it must be, stands over its neighbour or ends outside its
+    /// row; or nothing.
+    QString clippedOrOverlapping();
     /// The text of the row counters.
     QString counters();
 

@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QGuiApplication>
 #include <QLabel>
+#include <QMenuBar>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -74,6 +75,10 @@ private slots:
     void maximizedStateIsRestored();
     void otherScreenSizesKeepTheirOwnGeometry();
     void positionOffEveryScreenIsMovedBack();
+    void titleAndMenuAreBroughtOntoTheScreen_data();
+    void titleAndMenuAreBroughtOntoTheScreen();
+    void keptSizeIsNoLargerThanTheScreen();
+    void windowLargerThanTheScreenBeginsOnIt();
     void emptyGroupKeepsNothing();
 
 private:
@@ -311,6 +316,66 @@ void AdvancedWindowTest::positionOffEveryScreenIsMovedBack()
 
     QTRY_VERIFY(QGuiApplication::primaryScreen()->geometry().contains(window.geometry()));
     QCOMPARE(window.size(), QSize(720, 420));
+}
+
+void AdvancedWindowTest::titleAndMenuAreBroughtOntoTheScreen_data()
+{
+    QTest::addColumn<QPoint>("kept");
+    QTest::addColumn<QPoint>("expected");
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    const auto at = [&screen](int x, int y) {
+        return screen.topLeft() + QPoint(x, y);
+    };
+
+    QTest::newRow("beyond the left edge") << at(-187, 100) << at(0, 100);
+    QTest::newRow("just beyond it") << at(-1, 100) << at(0, 100);
+    QTest::newRow("above the top") << at(100, -15) << at(100, 0);
+    QTest::newRow("a pixel in a corner") << at(1 - 720, 1 - 420) << at(0, 0);
+    QTest::newRow("a pixel at the right") << at(screen.width() - 1, 100) << at(0, 100);
+    QTest::newRow("a pixel at the bottom") << at(100, screen.height() - 1) << at(100, 0);
+    QTest::newRow("half beyond the right edge") << at(screen.width() - 360, 100) << at(screen.width() - 360, 100);
+    QTest::newRow("half below the bottom") << at(100, screen.height() - 210) << at(100, screen.height() - 210);
+}
+
+void AdvancedWindowTest::titleAndMenuAreBroughtOntoTheScreen()
+{
+    QFETCH(QPoint, kept);
+    QFETCH(QPoint, expected);
+    Settings settings(group);
+    settings.setValue(key("size"), QSize(720, 420));
+    settings.setValue(key("position"), kept);
+    SampleWindow window;
+    window.menuBar()->addMenu(QStringLiteral("File"));
+
+    QVERIFY(appear(window));
+
+    QTRY_COMPARE(window.pos(), expected);
+    QCOMPARE(window.size(), QSize(720, 420));
+}
+
+void AdvancedWindowTest::keptSizeIsNoLargerThanTheScreen()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    Settings settings(group);
+    settings.setValue(key("size"), screen.size() + QSize(300, 200));
+    settings.setValue(key("position"), screen.topLeft() - QPoint(150, 100));
+    SampleWindow window;
+
+    QVERIFY(appear(window));
+
+    QCOMPARE(window.size(), window.size().boundedTo(screen.size()));
+    QTRY_COMPARE(window.pos(), screen.topLeft());
+}
+
+void AdvancedWindowTest::windowLargerThanTheScreenBeginsOnIt()
+{
+    const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+    SampleWindow window;
+    window.setMinimumSize(screen.size() + QSize(300, 200));
+
+    QVERIFY(appear(window));
+
+    QTRY_COMPARE(window.pos(), screen.topLeft());
 }
 
 void AdvancedWindowTest::emptyGroupKeepsNothing()

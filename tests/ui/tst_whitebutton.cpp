@@ -44,6 +44,7 @@ private slots:
     void heightFollowsTheFont();
     void textFits_data();
     void textFits();
+    void shrinkableButtonCutsOffItsText();
     void pointerChangesTheButton();
     void keyboardPressesIt();
 
@@ -291,6 +292,37 @@ void WhiteButtonTest::textFits()
 
     const int room = button.sizeHint().width() - button.fontMetrics().horizontalAdvance(button.text());
     QVERIFY2(room >= leastRoom && room <= mostRoom, qPrintable(QString::number(room)));
+}
+
+void WhiteButtonTest::shrinkableButtonCutsOffItsText()
+{
+    QWidget row;
+    auto* layout = new QHBoxLayout(&row);
+    auto* button = new WhiteButton;
+    button->setText(QStringLiteral("Remove from Playlist"));
+    layout->addWidget(button);
+    const QSize whole = button->sizeHint();
+    QCOMPARE(button->minimumSizeHint(), whole);
+    QCOMPARE(layout->minimumSize().width() - layout->contentsMargins().left() - layout->contentsMargins().right(),
+        whole.width());
+
+    button->setShrinkable(true);
+
+    QCOMPARE(button->sizeHint(), whole);
+    QVERIFY(button->minimumSizeHint().width() < whole.width() / 2);
+    QCOMPARE(button->minimumSizeHint().height(), whole.height());
+    QVERIFY(layout->minimumSize().width() < whole.width());
+    QCOMPARE(button->toolTip(), button->text());
+    WhiteButton other;
+    other.setText(button->fontMetrics().elidedText(button->text(), Qt::ElideRight, 92));
+    layout->removeWidget(button);
+    button->resize(100, whole.height());
+    other.resize(button->size());
+    QVERIFY(other.text().endsWith(QChar(0x2026)));
+    const auto picture = [](QWidget& widget) {
+        return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    };
+    QCOMPARE(picture(*button), picture(other));
 }
 
 void WhiteButtonTest::pointerChangesTheButton()
