@@ -214,6 +214,7 @@ void MainWindow::connectView()
     connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateRowCountersLabel);
     connect(view, &MetaDataView::actualRowsCountChanged, this, &MainWindow::updateEmptyTableHint);
     connect(view, &MetaDataView::tableChaged, this, &MainWindow::updateWindowTitle);
+    connect(view, &MetaDataView::processingFinished, this, &MainWindow::forgetShownRatings);
     connect(view, &MetaDataView::processingFinished, this, &MainWindow::applyWaitingRatingSteps);
     connect(view, &MetaDataView::tableChaged, this, &MainWindow::forgetRatings);
     connect(view, &QAbstractItemView::doubleClicked, this, &MainWindow::openCurrentMetaDataRow);

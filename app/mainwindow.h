@@ -168,6 +168,7 @@ private:
     MetaData storedRecord(qint64 id);
     void changeCurrentRating(double step);
     void applyWaitingRatingSteps();
+    void forgetShownRatings();
     void rateRecord(MetaData record, double step);
     /// Before any other write: what is known of rated records may no longer be true.
     void forgetRatings();

@@ -86,6 +86,13 @@ void MainWindow::rateRecord(MetaData record, double step)
     pushRecord(record, &MainWindow::requeryLater);
 }
 
+// Rows that were read after the last write are what is stored; a write that failed is not in them.
+void MainWindow::forgetShownRatings()
+{
+    if (m_pendingWrites == 0 && !m_requeryTimer.isActive() && !m_ui->metaDataView->metaDataModel()->isRequeryPending())
+        m_ratedRecords.clear();
+}
+
 void MainWindow::forgetRatings()
 {
     m_ratedRecords.clear();

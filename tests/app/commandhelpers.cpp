@@ -10,6 +10,8 @@
 #include <QItemSelectionModel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QtTest>
 
 #include <algorithm>
@@ -75,6 +77,20 @@ void addRecords(const WindowFixture& fixture, int count)
                        "INSERT INTO MetaData1 (filePath, fileName, fileType, description) "
                        "SELECT '/zz/' || n || '.wav', n || '.wav', 'wav', '' FROM numbers")
             .arg(count));
+}
+
+WriteLock::WriteLock(const WindowFixture& fixture)
+{
+    QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connectionName);
+    connection.setDatabaseName(fixture.databaseFile());
+    if (!connection.open() || !QSqlQuery(connection).exec(QStringLiteral("BEGIN IMMEDIATE")))
+        qFatal("Cannot lock %s", qPrintable(fixture.databaseFile()));
+}
+
+WriteLock::~WriteLock()
+{
+    QSqlDatabase::database(m_connectionName).close();
+    QSqlDatabase::removeDatabase(m_connectionName);
 }
 
 void accept(const QDialog& dialog)

@@ -41,6 +41,21 @@ struct Message
 void answer(
     WindowFixture& fixture, QMessageBox::Icon icon, QMessageBox::StandardButton button, Message* message = nullptr);
 
+/// Nobody else can write the window's database file while it lives; it can be read.
+class WriteLock final
+{
+public:
+    explicit WriteLock(const WindowFixture& fixture);
+    ~WriteLock();
+    Q_DISABLE_COPY(WriteLock)
+
+private:
+    const QString m_connectionName = QStringLiteral("write lock");
+};
+
+/// Longer than the store waits for a lock, in milliseconds.
+constexpr int patienceWithALock = 15000;
+
 /// Presses OK of a dialog.
 void accept(const QDialog& dialog);
 /// Chooses a path in the next file chooser, and notes the chooser's title.

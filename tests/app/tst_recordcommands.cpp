@@ -27,6 +27,8 @@ private slots:
     void ratingStopsAtItsEnds_data();
     void ratingStopsAtItsEnds();
     void ratedRecordStaysCurrentWhenSortedByRating();
+    void pressAfterAFailedWriteStartsFromWhatIsStored_data();
+    void pressAfterAFailedWriteStartsFromWhatIsStored();
     void ratingKeysWithoutARecordDoNothing();
     void showInfoSavesOnlyTheUserFields();
     void showInfoOpensByKeyAndDoubleClick_data();
@@ -140,6 +142,39 @@ void RecordCommandsTest::ratedRecordStaysCurrentWhenSortedByRating()
     QTRY_COMPARE(idAt(*m_fixture, 0), id);
     QTRY_COMPARE(m_fixture->view().currentIndex().row(), 0);
     QCOMPARE(m_fixture->view().selectedRowsCount(), 1);
+}
+
+void RecordCommandsTest::pressAfterAFailedWriteStartsFromWhatIsStored_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::addColumn<double>("after");
+    QTest::newRow("up again") << int(Qt::Key_Plus) << 2.0;
+    QTest::newRow("down") << int(Qt::Key_Minus) << 0.0;
+}
+
+void RecordCommandsTest::pressAfterAFailedWriteStartsFromWhatIsStored()
+{
+    QFETCH(int, key);
+    QFETCH(double, after);
+    start();
+    selectRows(*m_fixture, 2, 2);
+    const qint64 id = currentId(*m_fixture);
+    const auto shownRating = [this] {
+        return m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>().rating();
+    };
+    {
+        const WriteLock lock(*m_fixture);
+        QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
+        QCOMPARE(shownRating(), 2.0);
+        QTRY_COMPARE_WITH_TIMEOUT(shownRating(), 1.0, patienceWithALock);
+        QTRY_VERIFY(isIdle(*m_fixture));
+    }
+
+    QTest::keyClick(&m_fixture->view(), Qt::Key(key));
+
+    QTRY_COMPARE(rating(*m_fixture, id), after);
+    QTRY_VERIFY(isIdle(*m_fixture));
+    QCOMPARE(shownRating(), after);
 }
 
 void RecordCommandsTest::ratingKeysWithoutARecordDoNothing()
