@@ -238,6 +238,10 @@ void MainWindow::connectStateSaving()
     connect(m_ui->filePathLookupAction, &QAction::toggled, this, saveLater);
     // A session's end quits without closing the window.
     connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &MainWindow::saveWindowState);
+    connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, [this] {
+        if (isVisible())
+            saveGeometry();
+    });
 }
 
 void MainWindow::showWarrantyDisclaimerDialog()
