@@ -44,8 +44,13 @@ void MainWindow::lookup()
 void MainWindow::updateWindowTitle()
 {
     // The database is created after the view has its table.
-    if (m_session)
-        setWindowTitle(tr("Vellumcast - %1").arg(database()->tableDisplayName(m_ui->metaDataView->tableId())));
+    if (!m_session)
+        return;
+    QString name = database()->tableDisplayName(m_ui->metaDataView->tableId());
+    // Alone it would stand for a sign that something is unsaved, and not be seen.
+    const QString unsavedMark = QStringLiteral("[*]");
+    name.replace(unsavedMark, unsavedMark + unsavedMark);
+    setWindowTitle(tr("Vellumcast - %1").arg(name));
 }
 
 void MainWindow::updateRowCountersLabel()

@@ -12,17 +12,15 @@
 #include "ui/warrantydisclaimerdialog.h"
 
 #include <QDir>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QScreen>
 #include <QSettings>
-#include <QSlider>
 #include <QSqlDatabase>
 #include <QSqlQuery>
+#include <QWindow>
 #include <QtTest>
 
 namespace {
@@ -79,15 +77,11 @@ private slots:
     void laterRequeryFollowsSoon();
     void openingATableShowsItsRowsAndRemembersIt();
     void titleAndMenuShowTableNames();
+    void titleShowsEverySignOfAName();
     void hintIsShownOverAnEmptyTableOnly();
     void busySpriteFollowsProcessing();
     void rowThatWasLookedUpBecomesCurrentAndVisible();
     void failedRowLookupSelectsNothing();
-    void defaultsWithoutSettings();
-    void stateSurvivesARestart();
-    void impossibleSettingsAreBounded();
-    void stateIsSavedSoonAfterAChange();
-    void stateIsSavedWhenTheApplicationQuits();
     void closingEndsTheStore();
     void closingDuringAQueryEndsTheStore();
     void destroyingWithoutClosingEndsTheStore();
@@ -240,6 +234,20 @@ void MainWindowTest::titleAndMenuShowTableNames()
     QCOMPARE(tableAction(fixture, 15)->text(), QStringLiteral("Table15"));
 }
 
+// "[*]" in a window's title means whether something is unsaved.
+void MainWindowTest::titleShowsEverySignOfAName()
+{
+    WindowFixture fixture;
+    execute(fixture,
+        QStringLiteral(
+            "INSERT INTO Settings (key, value) VALUES ('tableDisplayNames', CAST('[*] a [*][*]%1' AS BLOB))"));
+
+    fixture.start();
+
+    QTRY_COMPARE(fixture.window().windowHandle()->title(), QStringLiteral("Vellumcast - [*] a [*][*]%1"));
+    QCOMPARE(tableAction(fixture, 1)->text(), QStringLiteral("[*] a [*][*]%1"));
+}
+
 void MainWindowTest::hintIsShownOverAnEmptyTableOnly()
 {
     WindowFixture fixture;
@@ -315,97 +323,6 @@ void MainWindowTest::failedRowLookupSelectsNothing()
 
     QVERIFY(destroyed.wait());
     QCOMPARE(fixture.view().selectedRowsCount(), 0);
-}
-
-void MainWindowTest::defaultsWithoutSettings()
-{
-    WindowFixture fixture;
-
-    fixture.start();
-
-    QCOMPARE(fixture.view().tableId(), 1);
-    QCOMPARE(fixture.child<QSlider>("playbackVolumeSlider")->value(), 100);
-    QVERIFY(!fixture.child<QPushButton>("autoPlayButton")->isChecked());
-    QVERIFY(!fixture.child<QAction>("filePathLookupAction")->isChecked());
-}
-
-void MainWindowTest::stateSurvivesARestart()
-{
-    WindowFixture fixture;
-    Settings(QStringLiteral("MainWindow")).setValue(QStringLiteral("playbackVolume"), 0.37);
-    Settings(QStringLiteral("MainWindow")).setValue(QStringLiteral("workFolderPath"), QStringLiteral("/work"));
-    fixture.start();
-    tableAction(fixture, 3)->trigger();
-    fixture.child<QPushButton>("autoPlayButton")->setChecked(true);
-    fixture.child<QAction>("filePathLookupAction")->setChecked(true);
-    fixture.view().columnsMenu()->actions().at(MetaDataModel::DurationColumn)->trigger();
-    fixture.view().sortByColumn(MetaDataModel::RatingColumn, Qt::DescendingOrder);
-    fixture.window().resize(1300, 500);
-    // It is saved some time after the last change: the window manager, too, has settled then.
-    const QSize screen = fixture.window().screen()->size();
-    const QByteArray sizeKey
-        = QStringLiteral("size%1x%2").arg(QString::number(screen.width()), QString::number(screen.height())).toLatin1();
-    QTRY_COMPARE(storedValue(fixture, sizeKey.constData()).toSize(), QSize(1300, 500));
-
-    fixture.close();
-    fixture.start();
-
-    QCOMPARE(fixture.view().tableId(), 3);
-    QTRY_COMPARE(fixture.counters(), found(rowsOfTable3));
-    QCOMPARE(fixture.child<QSlider>("playbackVolumeSlider")->value(), 37);
-    QVERIFY(fixture.child<QPushButton>("autoPlayButton")->isChecked());
-    QVERIFY(fixture.child<QAction>("filePathLookupAction")->isChecked());
-    QVERIFY(fixture.view().isColumnHidden(MetaDataModel::DurationColumn));
-    QVERIFY(!fixture.view().columnsMenu()->actions().at(MetaDataModel::DurationColumn)->isChecked());
-    QCOMPARE(fixture.view().horizontalHeader()->sortIndicatorSection(), int(MetaDataModel::RatingColumn));
-    QCOMPARE(fixture.view().horizontalHeader()->sortIndicatorOrder(), Qt::DescendingOrder);
-    QCOMPARE(fixture.window().size(), QSize(1300, 500));
-    fixture.close();
-    QCOMPARE(storedValue(fixture, "playbackVolume").toDouble(), 0.37);
-    QCOMPARE(storedValue(fixture, "workFolderPath").toString(), QStringLiteral("/work"));
-}
-
-void MainWindowTest::impossibleSettingsAreBounded()
-{
-    WindowFixture fixture;
-    Settings settings(QStringLiteral("MainWindow"));
-    settings.setValue(QStringLiteral("tableId"), 99);
-    settings.setValue(QStringLiteral("playbackVolume"), 7.5);
-    settings.setValue(QStringLiteral("metaDataViewHeaderState"), QByteArray("nonsense"));
-
-    fixture.start();
-
-    QCOMPARE(fixture.view().tableId(), 15);
-    QCOMPARE(fixture.child<QSlider>("playbackVolumeSlider")->value(), 100);
-    QTRY_COMPARE(fixture.counters(), found(0));
-}
-
-void MainWindowTest::stateIsSavedSoonAfterAChange()
-{
-    WindowFixture fixture;
-    fixture.start();
-    const Settings settings(QStringLiteral("MainWindow"));
-    QVERIFY(!settings.contains(QStringLiteral("filePathLookupEnabled")));
-
-    fixture.child<QAction>("filePathLookupAction")->trigger();
-
-    QVERIFY(!settings.contains(QStringLiteral("filePathLookupEnabled")));
-    QTRY_COMPARE(settings.value(QStringLiteral("filePathLookupEnabled")).toBool(), true);
-    tableAction(fixture, 7)->trigger();
-    QTRY_COMPARE(settings.value(QStringLiteral("tableId")).toInt(), 7);
-}
-
-void MainWindowTest::stateIsSavedWhenTheApplicationQuits()
-{
-    WindowFixture fixture;
-    MainWindow& window = fixture.start();
-    const Settings settings(QStringLiteral("MainWindow"));
-    tableAction(fixture, 3)->trigger();
-
-    QTimer::singleShot(0, &window, &QCoreApplication::quit);
-    QApplication::exec();
-
-    QCOMPARE(settings.value(QStringLiteral("tableId")).toInt(), 3);
 }
 
 void MainWindowTest::closingEndsTheStore()
