@@ -270,6 +270,7 @@ void MainWindow::endSession()
 {
     // Closing the store waits in an event loop: a window that ends right after its start asks nothing any more.
     disconnect(this, &AdvancedWindow::showed, this, nullptr);
+    m_isEnding = true;
     resetAudioPlayer();
     if (!m_session || !m_session->isRunning())
         return;

@@ -19,6 +19,7 @@
 class AudioPlayer;
 class Database;
 class DatabaseSession;
+class MetaDataDialog;
 class OperationReply;
 class QAction;
 class QLabel;
@@ -157,6 +158,7 @@ private:
     /// The ids of the selected records; empty when they are not (all) those that the user saw selected.
     QVariantList gatherSelectedIds(const QSet<qint64>& seenIds);
     void setSelectedOnPlaylist(bool isOnPlaylist);
+    void tellNothingWasDeleted(const QString& errorText);
     bool prepareView();
     void copyToWorkFolder(const QStringList& filePaths);
     void tellBackupIsMade(const QString& damage);
@@ -165,14 +167,15 @@ private:
 
     /// Null without a current record, or before it has been read.
     MetaData currentRecord() const;
-    MetaData storedRecord(qint64 id);
+    MetaData storedRecord(qint64 id, QVariantMap parameters);
+    bool saveEdits(qint64 id, const MetaDataDialog& dialog);
+    bool storeRecord(const MetaData& record);
     void changeCurrentRating(double step);
     void applyWaitingRatingSteps();
     void forgetShownRatings();
     void rateRecord(MetaData record, double step);
     /// Before any other write: what is known of rated records may no longer be true.
     void forgetRatings();
-    void pushRecord(const MetaData& record, void (MainWindow::*afterwards)());
     Database* database() const;
 
     std::unique_ptr<Ui::MainWindow> m_ui;
@@ -200,6 +203,7 @@ private:
     QTimer m_requeryTimer;
     QTimer m_stateSaveTimer;
     bool m_isCommandRunning = false;
+    bool m_isEnding = false;
     bool m_isRowLookupPending = false;
     bool m_isReturningToRecord = false;
     // Writes of single records, or of a whole table, that nobody waits for.

@@ -27,6 +27,12 @@ MetaData withUserFieldsOf(const MetaData& edited, MetaData record)
     return record;
 }
 
+bool hasUserFieldsOf(const MetaData& edited, const MetaData& record)
+{
+    return record.library() == edited.library() && record.description() == edited.description()
+        && record.rating() == edited.rating();
+}
+
 } // namespace
 
 MetaData MainWindow::currentRecord() const
@@ -83,7 +89,14 @@ void MainWindow::rateRecord(MetaData record, double step)
     m_ratedRecords.insert(record.id(), record);
     m_ui->metaDataView->metaDataModel()->showChangedRecord(record);
     saveSelection();
-    pushRecord(record, &MainWindow::requeryLater);
+    // A failed write says nothing; the requery shows what was stored.
+    OperationReply* reply = database()->pushMetaData(m_ui->metaDataView->tableId(), { record });
+    ++m_pendingWrites;
+    connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
+    connect(reply, &OperationReply::finished, this, [this] {
+        --m_pendingWrites;
+        requeryLater();
+    });
 }
 
 // Rows that were read after the last write are what is stored; a write that failed is not in them.
@@ -99,32 +112,17 @@ void MainWindow::forgetRatings()
     m_waitingRatingSteps.clear();
 }
 
-// A failed write says nothing; the requery shows what was stored.
-void MainWindow::pushRecord(const MetaData& record, void (MainWindow::*afterwards)())
+// The record of a table as it is stored now; null when it is gone, or not among those that the parameters choose.
+MetaData MainWindow::storedRecord(qint64 id, QVariantMap parameters)
 {
-    MetaDataList records;
-    records.append(record);
-    OperationReply* reply = database()->pushMetaData(m_ui->metaDataView->tableId(), records);
-    ++m_pendingWrites;
-    connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
-    connect(reply, &OperationReply::finished, this, [this, afterwards] {
-        --m_pendingWrites;
-        (this->*afterwards)();
-    });
-}
-
-// The record as it is stored now; null when it is gone, or not in this view any more.
-MetaData MainWindow::storedRecord(qint64 id)
-{
-    const MetaDataModel* model = m_ui->metaDataView->metaDataModel();
-    const ReplyPointer rowReply(m_ui->metaDataView->metaDataModel()->lookupRow(id));
+    const int tableId = m_ui->metaDataView->tableId();
+    const ReplyPointer rowReply(database()->lookupMetaDataRow(tableId, int(id), parameters));
     rowReply->waitForFinished();
     if (!rowReply->isFinishedDelivered() || rowReply->hasError())
         return {};
-    QVariantMap parameters = model->queryParameters();
     parameters.insert(QStringLiteral("offset"), rowReply->result(QStringLiteral("row")));
     parameters.insert(QStringLiteral("limit"), 1);
-    const ReplyPointer recordReply(database()->pullMetaData(model->tableId(), parameters));
+    const ReplyPointer recordReply(database()->pullMetaData(tableId, parameters));
     recordReply->waitForFinished();
     if (!recordReply->isFinishedDelivered())
         return {};
@@ -143,17 +141,40 @@ void MainWindow::openCurrentMetaDataRow()
         return;
     MetaDataDialog dialog(this);
     dialog.setMetaData(currentRecord());
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    const MetaData record = storedRecord(id);
+    // It opens again with the edits when they could not be saved: nothing typed is lost.
+    while (dialog.exec() == QDialog::Accepted) {
+        if (saveEdits(id, dialog))
+            return;
+    }
+}
+
+// True when nothing is left to be done: the edits are stored, or the record is gone.
+bool MainWindow::saveEdits(qint64 id, const MetaDataDialog& dialog)
+{
+    const MetaData record = storedRecord(id, m_ui->metaDataView->metaDataModel()->queryParameters());
     if (record.isNull()) {
         showFailure(this, dialog.windowTitle(), tr("This record does not exist any more. Nothing was saved."));
         requery();
-        return;
+        return true;
     }
     forgetRatings();
     saveSelection();
-    pushRecord(withUserFieldsOf(dialog.metaData(), record), &MainWindow::requery);
+    const bool isStored = storeRecord(withUserFieldsOf(dialog.metaData(), record));
+    requery();
+    if (!isStored)
+        showFailure(this, dialog.windowTitle(), tr("The record could not be saved."));
+    return isStored;
+}
+
+// A failed write says nothing, so the record is read again; with its changes it may have left the view.
+bool MainWindow::storeRecord(const MetaData& record)
+{
+    ++m_pendingWrites;
+    const ReplyPointer reply(database()->pushMetaData(m_ui->metaDataView->tableId(), { record }));
+    reply->waitForFinished();
+    const MetaData stored = storedRecord(record.id(), {});
+    --m_pendingWrites;
+    return hasUserFieldsOf(record, stored);
 }
 
 void MainWindow::revealCurrentFileInSystemFileManager()

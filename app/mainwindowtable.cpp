@@ -76,10 +76,20 @@ void MainWindow::on_deleteAllAction_triggered()
     connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
     connect(reply, &OperationReply::finished, this, [this, reply] {
         --m_pendingWrites;
-        if (reply->hasError())
-            qCritical().noquote() << reply->errorString();
         requery();
+        if (reply->hasError())
+            tellNothingWasDeleted(reply->errorString());
     });
+}
+
+void MainWindow::tellNothingWasDeleted(const QString& errorText)
+{
+    qCritical().noquote() << errorText;
+    // The window that is being closed waits for the store, not for an answer.
+    if (m_isEnding)
+        return;
+    const CommandGuard guard(m_isCommandRunning);
+    showFailure(this, tr("Delete All MetaData Records"), errorText);
 }
 
 void MainWindow::on_evaluateLibrariesAction_triggered()

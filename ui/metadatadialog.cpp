@@ -93,6 +93,7 @@ void MetaDataDialog::connectControls()
 void MetaDataDialog::setMetaData(const MetaData& record)
 {
     m_record = record;
+    m_editedRecord = record;
     resetControls();
     adjustSize();
 }
@@ -199,13 +200,14 @@ void MetaDataDialog::accept()
     if (!m_saveButton->isEnabled())
         return;
     const EditedTexts texts = editedTexts();
+    m_editedRecord = m_record;
     if (texts.library != m_filledTexts.library)
-        m_record.setLibrary(texts.library);
+        m_editedRecord.setLibrary(texts.library);
     if (texts.description != m_filledTexts.description)
-        m_record.setDescription(texts.description);
+        m_editedRecord.setDescription(texts.description);
     // No text is no rating: 0.
     if (texts.rating != m_filledTexts.rating)
-        m_record.setRating(qBound(0.0, texts.rating.toDouble(), greatestRating));
+        m_editedRecord.setRating(qBound(0.0, texts.rating.toDouble(), greatestRating));
     AdvancedDialog::accept();
 }
 

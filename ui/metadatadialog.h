@@ -30,10 +30,10 @@ public:
 
     /// A null record shows "Undefined" everywhere and cannot be edited.
     void setMetaData(const MetaData& record);
-    MetaData metaData() const { return m_record; }
+    MetaData metaData() const { return m_editedRecord; }
 
 public slots:
-    /// Takes the changes over; does nothing while there are none.
+    /// Takes the changes over; does nothing while there are none. Run again, the dialog still holds them.
     void accept() override;
     /// As high as the record needs, at most two thirds of the screen; what is left scrolls.
     void adjustSize();
@@ -68,7 +68,9 @@ private:
     std::unique_ptr<Ui::MetaDataDialog> m_ui;
     QPushButton* m_saveButton;
     QPushButton* m_resetButton;
+    // As it was set, and with the changes taken over.
     MetaData m_record;
+    MetaData m_editedRecord;
     EditedTexts m_filledTexts;
     QTimer m_updateTimer;
     bool m_isSliderFollowing = false;

@@ -5,10 +5,12 @@
 
 #include "store/database.h"
 #include "store/databaseschema.h"
+#include "store/operationreply.h"
 
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpressionValidator>
 
@@ -17,6 +19,16 @@
 namespace {
 
 constexpr int editWidth = 320; // pixels
+
+// Until it has done all that was asked of it so far.
+void waitForStore(Database* database)
+{
+    auto* reply = new OperationReply;
+    QObject::connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
+    QMetaObject::invokeMethod(
+        database, [reply] { reply->finish(); }, Qt::QueuedConnection);
+    reply->waitForFinished();
+}
 
 } // namespace
 
@@ -68,6 +80,17 @@ void TableDisplayNamesDialog::resetControls()
         m_nameEdits.at(index)->setText(names.value(index));
 }
 
+// The store says nothing of a failed write, but reads the names again after each.
+bool TableDisplayNamesDialog::storeNames(const QStringList& names)
+{
+    if (!m_database->isOpened())
+        return false;
+    m_database->setTableDisplayNames(names);
+    waitForStore(m_database);
+    const QLatin1Char separator(';');
+    return m_database->tableDisplayNames().join(separator) == names.join(separator);
+}
+
 void TableDisplayNamesDialog::accept()
 {
     QStringList names;
@@ -75,7 +98,12 @@ void TableDisplayNamesDialog::accept()
         names.append(edit->text().trimmed());
     if (std::all_of(names.cbegin(), names.cend(), [](const QString& name) { return name.isEmpty(); }))
         names.clear();
-    if (m_database)
-        m_database->setTableDisplayNames(names);
-    AdvancedDialog::accept();
+    if (!m_database || storeNames(names)) {
+        AdvancedDialog::accept();
+        return;
+    }
+    QMessageBox box(
+        QMessageBox::Critical, windowTitle(), tr("The table names could not be saved."), QMessageBox::Ok, this);
+    box.setTextFormat(Qt::PlainText);
+    box.exec();
 }

@@ -4,6 +4,7 @@
 #include "ui/advanceddialog.h"
 
 #include <QList>
+#include <QStringList>
 
 class Database;
 class QGridLayout;
@@ -23,13 +24,15 @@ public:
     int exec() override;
 
 public slots:
-    /// Hands the names to the store, trimmed; when all are empty the tables get their default names.
+    /// Hands the names to the store, trimmed; when all are empty the tables get their default names. Waits in a local
+    /// event loop, deaf to user input; stays open, with a message, when the store did not keep them.
     void accept() override;
     /// Shows the store's names again.
     void resetControls();
 
 private:
     void addNameEdits(QGridLayout* layout);
+    bool storeNames(const QStringList& names);
 
     Database* m_database;
     // In the order of the tables.

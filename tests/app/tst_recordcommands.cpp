@@ -36,6 +36,8 @@ private slots:
     void unchangedRecordIsNotWritten();
     void recordChangedMeanwhileKeepsItsOtherFields();
     void recordDeletedMeanwhileIsToldAbout();
+    void editsThatCannotBeSavedStayInTheDialog();
+    void editsThatLeadOutOfTheViewAreSaved();
     void buttonsTriggerTheirMenuEntries();
 
 private:
@@ -302,6 +304,62 @@ void RecordCommandsTest::recordDeletedMeanwhileIsToldAbout()
     QCOMPARE(text, QStringLiteral("This record does not exist any more. Nothing was saved."));
     const QString counters = QStringLiteral("Found Records: %1").arg(sampleRows - 1);
     QTRY_VERIFY2(m_fixture->counters().startsWith(counters), qPrintable(m_fixture->counters()));
+}
+
+void RecordCommandsTest::editsThatCannotBeSavedStayInTheDialog()
+{
+    start();
+    selectRows(*m_fixture, 4, 4);
+    const qint64 id = currentId(*m_fixture);
+    auto lock = std::make_unique<WriteLock>(*m_fixture);
+    Message failure;
+    whenModal<MetaDataDialog>(&m_fixture->window(), [&](MetaDataDialog& dialog) {
+        dialog.findChild<QLineEdit*>("libraryEdit")->setText("Harbour");
+        dialog.findChild<QLineEdit*>("ratingEdit")->setText("9.0");
+        answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+        // After the message it opens again.
+        whenModal<MetaDataDialog>(
+            &m_fixture->window(),
+            [&lock](MetaDataDialog& again) {
+                QCOMPARE(again.findChild<QLineEdit*>("libraryEdit")->text(), QStringLiteral("Harbour"));
+                again.findChild<QLineEdit*>("libraryEdit")->clear();
+                lock.reset();
+                again.accept();
+            },
+            [&failure](const MetaDataDialog&) { return !failure.text.isEmpty(); });
+        dialog.accept();
+    });
+
+    m_fixture->window().openCurrentMetaDataRow();
+
+    QVERIFY(!lock);
+    QCOMPARE(failure.text, QStringLiteral("The record could not be saved."));
+    QCOMPARE(rating(*m_fixture, id), 9.0);
+    QCOMPARE(
+        value(*m_fixture, QStringLiteral("SELECT library FROM MetaData1 WHERE id=%1").arg(id)).toString(), QString());
+    QTRY_VERIFY(isIdle(*m_fixture));
+    QCOMPARE(currentId(*m_fixture), id);
+}
+
+void RecordCommandsTest::editsThatLeadOutOfTheViewAreSaved()
+{
+    start();
+    m_fixture->view().setLookup(QStringLiteral("bell"), true);
+    QTRY_COMPARE(m_fixture->view().model()->rowCount(), 20);
+    QTRY_VERIFY(isIdle(*m_fixture));
+    selectRows(*m_fixture, 2, 2);
+    const qint64 id = currentId(*m_fixture);
+    whenModal<MetaDataDialog>(&m_fixture->window(), [](MetaDataDialog& dialog) {
+        dialog.findChild<QPlainTextEdit*>("descriptionEdit")->setPlainText("Wind");
+        dialog.accept();
+    });
+
+    // A failure box would wait for an answer that never comes.
+    m_fixture->window().openCurrentMetaDataRow();
+
+    QCOMPARE(value(*m_fixture, QStringLiteral("SELECT description FROM MetaData1 WHERE id=%1").arg(id)).toString(),
+        QStringLiteral("Wind"));
+    QTRY_COMPARE(m_fixture->view().model()->rowCount(), 19);
 }
 
 void RecordCommandsTest::buttonsTriggerTheirMenuEntries()

@@ -55,6 +55,7 @@ private slots:
     void init();
     void cleanup();
     void deleteAllEmptiesTheCurrentTable();
+    void failedDeleteAllIsTold();
     void declinedDeleteAllChangesNothing();
     void evaluationTellsItsOutcome_data();
     void evaluationTellsItsOutcome();
@@ -72,6 +73,7 @@ private slots:
     void rebuildCannotBeCanceled();
     void declinedRebuildDoesNothing();
     void tableNamesReachTitleAndMenu();
+    void tableNamesThatCannotBeSavedStayInTheDialog();
     void workFolderIsChosenAndKept();
     void aboutOpensByMenuAndLogo();
     void commandInsideAnotherIsIgnored();
@@ -120,6 +122,22 @@ void TableCommandsTest::deleteAllEmptiesTheCurrentTable()
     QTRY_COMPARE(m_fixture->counters(), QStringLiteral("Found Records: 0"));
     QCOMPARE(value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toInt(), 0);
     QCOMPARE(value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData3")).toInt(), rowsOfTable3);
+}
+
+void TableCommandsTest::failedDeleteAllIsTold()
+{
+    start();
+    const WriteLock lock(*m_fixture);
+    answer(*m_fixture, QMessageBox::Warning, QMessageBox::Yes);
+    Message failure;
+    answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+
+    trigger(*m_fixture, QStringLiteral("Delete All"));
+
+    QTRY_COMPARE_WITH_TIMEOUT(failure.title, QStringLiteral("Delete All MetaData Records"), patienceWithALock);
+    QVERIFY(!failure.text.isEmpty());
+    QTRY_VERIFY(isIdle(*m_fixture));
+    QCOMPARE(m_fixture->counters(), QStringLiteral("Found Records: %1").arg(sampleRows));
 }
 
 void TableCommandsTest::declinedDeleteAllChangesNothing()
@@ -431,6 +449,31 @@ void TableCommandsTest::tableNamesReachTitleAndMenu()
     QTRY_COMPARE(m_fixture->window().windowTitle(), QStringLiteral("Vellumcast - Rain & <wind>"));
     const QMenu* tables = m_fixture->child<QAction>("openTableAction")->menu();
     QCOMPARE(tables->actions().first()->text(), QStringLiteral("Rain && <wind>"));
+}
+
+void TableCommandsTest::tableNamesThatCannotBeSavedStayInTheDialog()
+{
+    start();
+    auto lock = std::make_unique<WriteLock>(*m_fixture);
+    Message failure;
+    answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+    whenModal<TableDisplayNamesDialog>(&m_fixture->window(), [&](TableDisplayNamesDialog& dialog) {
+        auto* edit = dialog.findChild<QLineEdit*>(QStringLiteral("nameEdit2"));
+        edit->setText(QStringLiteral("Rain"));
+        press(dialog, QDialogButtonBox::Ok);
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(edit->text(), QStringLiteral("Rain"));
+        lock.reset();
+        press(dialog, QDialogButtonBox::Ok);
+        QVERIFY(!dialog.isVisible());
+    });
+
+    trigger(*m_fixture, QStringLiteral("Set Table Names…"));
+
+    QCOMPARE(failure.title, QStringLiteral("Meta Data Table Names"));
+    QCOMPARE(failure.text, QStringLiteral("The table names could not be saved."));
+    const QMenu* tables = m_fixture->child<QAction>("openTableAction")->menu();
+    QTRY_COMPARE(tables->actions().at(1)->text(), QStringLiteral("Rain"));
 }
 
 void TableCommandsTest::workFolderIsChosenAndKept()
