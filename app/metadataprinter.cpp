@@ -60,7 +60,8 @@ OperationReply* MetaDataPrinter::start(QPrinter* printer)
 void MetaDataPrinter::beginOutput()
 {
     m_recordNumber = 1;
-    m_pageNumber = 1;
+    m_pageNumber = 0;
+    m_printedPages = 0;
     m_isPageStarted = false;
     m_isPageEmpty = true;
     // To begin is to empty the file that is printed to.
@@ -100,44 +101,54 @@ bool MetaDataPrinter::printRecord(const MetaData& record)
     m_lineDocument.setHtml(lineOf(record));
     ++m_recordNumber;
     const qreal height = m_lineSpacing + m_lineDocument.size().height();
-    if (!makeRoom(height))
+    makeRoom(height);
+    if (!m_isPageStarted && !beginPage())
         return false;
-    if (!m_isPageStarted)
-        beginPage();
     drawAndMoveDown(m_lineDocument, height);
     m_isPageEmpty = false;
     return true;
 }
 
 // A line that is too tall for every page stays on the one that is empty still.
-bool MetaDataPrinter::makeRoom(qreal height)
+void MetaDataPrinter::makeRoom(qreal height)
 {
-    if (m_isPageEmpty || position() + height <= m_footer.top())
-        return true;
-    m_isPageStarted = false;
-    return m_printer->newPage();
+    if (!m_isPageEmpty && position() + height > m_footer.top())
+        m_isPageStarted = false;
 }
 
-void MetaDataPrinter::beginPage()
+// Also of a page that is not printed: what stands on it decides what stands on the next.
+bool MetaDataPrinter::beginPage()
 {
+    ++m_pageNumber;
+    // The printer has its first page from the beginning.
+    if (isPageChosen() && m_printedPages++ > 0 && !m_printer->newPage())
+        return false;
     m_painter.resetTransform();
     printPageNumber();
     if (!m_title.isEmpty())
         drawAndMoveDown(m_titleDocument, m_titleDocument.size().height() + m_lineSpacing);
     m_isPageStarted = true;
     m_isPageEmpty = true;
+    return true;
+}
+
+bool MetaDataPrinter::isPageChosen() const
+{
+    return m_printer->printRange() != QPrinter::PageRange
+        || (m_pageNumber >= m_printer->fromPage() && m_pageNumber <= m_printer->toPage());
 }
 
 void MetaDataPrinter::printPageNumber()
 {
-    m_painter.drawText(m_footer, Qt::AlignCenter, QString::number(m_pageNumber));
-    ++m_pageNumber;
+    if (isPageChosen())
+        m_painter.drawText(m_footer, Qt::AlignCenter, QString::number(m_pageNumber));
 }
 
 void MetaDataPrinter::drawAndMoveDown(QTextDocument& document, qreal height)
 {
     // Nothing is drawn over the foot of the page.
-    document.drawContents(&m_painter, QRectF(0, 0, m_footer.width(), m_footer.top() - position()));
+    if (isPageChosen())
+        document.drawContents(&m_painter, QRectF(0, 0, m_footer.width(), m_footer.top() - position()));
     m_painter.translate(0, height);
 }
 
@@ -161,6 +172,8 @@ void MetaDataPrinter::completeOutput()
         fail(tr("Unable to finish printing"));
     else if (m_printer->outputFormat() == QPrinter::PdfFormat && !isWholePdfFile(path))
         fail(tr("Unable to write file: %1").arg(path));
+    else if (m_pageNumber > 0 && m_printedPages == 0)
+        fail(tr("The report has no such pages"));
 }
 
 void MetaDataPrinter::releaseOutput()

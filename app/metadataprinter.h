@@ -17,10 +17,12 @@ class QPrinter;
 /// below the last. A line that is taller than a page is cut at its foot. Pages that were begun stay printed when the
 /// run fails or is canceled.
 ///
+/// Of a printer's page range the pages with these numbers are printed.
+///
 /// The store's own file is refused as a file to print to.
 ///
 /// Errors besides those of the reading: "Unable to start printing", "Unable to start a new page", "Unable to finish
-/// printing" and, when it prints to a file, "Unable to write file: %1".
+/// printing", "The report has no such pages" and, when it prints to a file, "Unable to write file: %1".
 ///
 /// Owner: the command that runs it. Thread: GUI.
 class MetaDataPrinter final : public MetaDataHandler
@@ -52,8 +54,9 @@ protected:
 private:
     void layOutPage();
     bool printRecord(const MetaData& record);
-    bool makeRoom(qreal height);
-    void beginPage();
+    void makeRoom(qreal height);
+    bool beginPage();
+    bool isPageChosen() const;
     void printPageNumber();
     void drawAndMoveDown(QTextDocument& document, qreal height);
     qreal position() const;
@@ -68,7 +71,9 @@ private:
     QRect m_footer;
     qreal m_lineSpacing = 0;
     int m_recordNumber = 1;
-    int m_pageNumber = 1;
+    // Of the page that is filled, and how many were printed before it; 0 before the first.
+    int m_pageNumber = 0;
+    int m_printedPages = 0;
     bool m_isPageStarted = false;
     bool m_isPageEmpty = true;
 };

@@ -20,7 +20,9 @@
 #include <QPrintDialog>
 #include <QProcess>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
+#include <QSpinBox>
 #include <QtTest>
 
 // The commands that write and read files, in the window, with the files and the database read beside it.
@@ -65,6 +67,7 @@ private slots:
     void chosenExportFieldsAreKept();
     void printAsksForTitleAndPrinter();
     void printWritesTheViewsRecords();
+    void rangeOfTheDialogIsPrinted();
     void selectedFilesAreCopiedToTheWorkFolder();
     void workFolderIsAskedForWhenThereIsNone();
     void existingCopyIsAWarning();
@@ -213,6 +216,25 @@ void FileCommandsTest::printWritesTheViewsRecords()
     const int records = text.count(QRegularExpression(QStringLiteral("\\b\\d+\\. take_\\d+\\.wav - Bell buoy")));
     QCOMPARE(records,
         value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1 WHERE description LIKE '%bell%'")).toInt());
+}
+
+void FileCommandsTest::rangeOfTheDialogIsPrinted()
+{
+    start();
+    whenModal<MetaDataPrinterDialog>(&m_fixture->window(), [](MetaDataPrinterDialog& dialog) { accept(dialog); });
+    whenModal<QPrintDialog>(&m_fixture->window(), [this](QPrintDialog& dialog) {
+        dialog.findChild<QLineEdit*>(QStringLiteral("filename"))->setText(file(QStringLiteral("report.pdf")));
+        dialog.findChild<QRadioButton*>(QStringLiteral("printRange"))->click();
+        dialog.findChild<QSpinBox*>(QStringLiteral("to"))->setValue(8);
+        dialog.findChild<QSpinBox*>(QStringLiteral("from"))->setValue(7);
+        accept(dialog);
+    });
+    QString text;
+    finish(*m_fixture, &text);
+
+    m_fixture->child<QAction>("printReportAction")->trigger();
+
+    QVERIFY2(text.contains(QLatin1String("The report has no such pages")), qPrintable(text));
 }
 
 void FileCommandsTest::selectedFilesAreCopiedToTheWorkFolder()

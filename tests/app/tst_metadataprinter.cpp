@@ -128,6 +128,9 @@ private slots:
     void recordsAreNumberedThroughAllPages();
     void recordsAreNumberedThroughThePagesOfTheReader();
     void everyPageHasTitleAndNumber();
+    void chosenPagesArePrinted_data();
+    void chosenPagesArePrinted();
+    void pagesThatTheReportHasNotAreAnError();
     void titleStandsInTheMiddle();
     void emptyTitlePrintsNone();
     void lineShowsNameDescriptionAndDuration_data();
@@ -244,6 +247,41 @@ void MetaDataPrinterTest::everyPageHasTitleAndNumber()
         QCOMPARE(pages.at(page).last(), QString::number(page + 1));
     }
     QCOMPARE(printedLines(target(), 1).size(), rowsOfPagedTable);
+}
+
+void MetaDataPrinterTest::chosenPagesArePrinted_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<int>("to");
+    QTest::newRow("first") << 1 << 1;
+    QTest::newRow("second") << 2 << 2;
+    QTest::newRow("some") << 2 << 4;
+    QTest::newRow("to the end and beyond") << 3 << 9999;
+}
+
+void MetaDataPrinterTest::chosenPagesArePrinted()
+{
+    QFETCH(int, from);
+    QFETCH(int, to);
+    m_printer->setTitle(QStringLiteral("Title"));
+    const QString whole = m_folder->filePath(QStringLiteral("whole.pdf"));
+    QCOMPARE(print(whole), QString());
+    const QList<QStringList> pages = printedPages(whole);
+    QVERIFY(pages.size() > 4);
+    m_device->setPrintRange(QPrinter::PageRange);
+    m_device->setFromTo(from, to);
+
+    QCOMPARE(print(target()), QString());
+
+    QCOMPARE(printedPages(target()), pages.mid(from - 1, to - from + 1));
+}
+
+void MetaDataPrinterTest::pagesThatTheReportHasNotAreAnError()
+{
+    m_device->setPrintRange(QPrinter::PageRange);
+    m_device->setFromTo(500, 600);
+
+    QCOMPARE(print(target()), QStringLiteral("The report has no such pages"));
 }
 
 void MetaDataPrinterTest::titleStandsInTheMiddle()
