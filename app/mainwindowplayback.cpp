@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QItemSelectionModel>
 #include <QSignalBlocker>
+#include <QTextDocument>
 #include <QToolTip>
 
 #include <cmath>
@@ -23,6 +24,14 @@ constexpr int stepsOfFullVolume = 100;
 int sliderPosition(double seconds)
 {
     return int(std::lround(std::max(0.0, seconds) * stepsPerSecond));
+}
+
+// A tool tip takes what looks like tags for tags, and a file may have any name.
+QString toolTipOf(const QString& text)
+{
+    return Qt::mightBeRichText(text)
+        ? QStringLiteral("<span style=\"white-space: pre-wrap\">%1</span>").arg(text.toHtmlEscaped())
+        : text;
 }
 
 } // namespace
@@ -110,7 +119,7 @@ void MainWindow::updatePlaybackButtons()
     button->setText(isPlaying ? tr("Pause") : tr("Play"));
     button->setFixedWidth(button->fontMetrics().horizontalAdvance(QStringLiteral("WPauseW")));
     const QString fault = playbackFault();
-    button->setToolTip(fault);
+    button->setToolTip(toolTipOf(fault));
     button->setStatusTip(fault);
     button->setAccessibleDescription(fault);
     if (fault.isEmpty())
@@ -132,7 +141,8 @@ void MainWindow::showPlaybackFaultOnce()
     m_shownPlaybackFault = fault;
     QPushButton* button = m_ui->playbackButton;
     // Over the position slider, which nobody needs then: below it would take a click meant for another button.
-    QToolTip::showText(button->mapToGlobal(button->rect().topRight() - toolTipOffset), fault, button, button->rect());
+    QToolTip::showText(
+        button->mapToGlobal(button->rect().topRight() - toolTipOffset), toolTipOf(fault), button, button->rect());
 }
 
 void MainWindow::updatePlaybackControls()

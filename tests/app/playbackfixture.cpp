@@ -37,7 +37,7 @@ PlaybackFixture::PlaybackFixture()
 QString PlaybackFixture::path(Row row)
 {
     static const char* const names[RowsCount]
-        = { "1 long.wav", "2 long.wav", "3 long.wav", "4 short.wav", "5 missing.wav", "6 damaged.wav" };
+        = { "1 long.wav", "2 long.wav", "3 long.wav", "4 short.wav", "5 <i>missing.wav", "6 damaged.wav" };
     return m_window.folder().filePath(QLatin1String(names[row]));
 }
 
