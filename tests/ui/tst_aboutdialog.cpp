@@ -47,6 +47,8 @@ private slots:
     void formHasItsTexts();
     void linksAreHandedToTheDesktop_data();
     void linksAreHandedToTheDesktop();
+    void capitalsOfAFileNameAreKept_data();
+    void capitalsOfAFileNameAreKept();
     void acknowledgementsNameTheirLicences();
     void linkInTheAcknowledgementsIsOpened();
     void closeRejects();
@@ -93,6 +95,41 @@ void AboutDialogTest::linksAreHandedToTheDesktop()
     dialog.openLink(QUrl(link));
     emit dialog.findChild<QLabel*>("homeValue")->linkActivated(link);
 
+    QCOMPARE(desktop.opened(), QStringList({ opened, opened, opened }));
+}
+
+void AboutDialogTest::capitalsOfAFileNameAreKept_data()
+{
+    QTest::addColumn<QString>("link");
+    QTest::addColumn<QString>("path");
+    QTest::newRow("no slashes") << "external:Docs/Manual.pdf"
+                                << "/Docs/Manual.pdf";
+    QTest::newRow("one slash") << "external:/Docs/Manual.pdf"
+                               << "/Docs/Manual.pdf";
+    QTest::newRow("two slashes") << "external://Docs/Manual.pdf"
+                                 << "/Docs/Manual.pdf";
+    QTest::newRow("three slashes") << "external:///Docs/Manual.pdf"
+                                   << "/Docs/Manual.pdf";
+    QTest::newRow("file alone") << "external://Manual.PDF"
+                                << "/Manual.PDF";
+    QTest::newRow("encoded") << "external://Docs/My%20Manual.pdf"
+                             << "/Docs/My Manual.pdf";
+}
+
+void AboutDialogTest::capitalsOfAFileNameAreKept()
+{
+    QFETCH(QString, link);
+    QFETCH(QString, path);
+    const Desktop desktop({ "file", "external" });
+    AboutDialog dialog;
+    auto* view = dialog.findChild<QTextBrowser*>();
+    view->setHtml(QString("<p>Read <a href=\"%1\">this</a></p>").arg(link));
+
+    dialog.openLink(link);
+    emit dialog.findChild<QLabel*>("homeValue")->linkActivated(link);
+    emit view->anchorClicked(QUrl(link));
+
+    const QString opened = "file://" + QCoreApplication::applicationDirPath() + path;
     QCOMPARE(desktop.opened(), QStringList({ opened, opened, opened }));
 }
 
