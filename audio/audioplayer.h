@@ -14,8 +14,8 @@ class QAudioOutput;
 ///
 /// "Playing" is `QAudio::ActiveState`. A file that was played out is closed: the player is as after `reset()`. Without
 /// a device, or when its server dies or hangs, nothing plays, nothing waits, and `canBeHeard()` is false until a later
-/// attempt succeeds. Only starting, or going on after a pause, on a server that hangs waits for it: nothing tells
-/// before.
+/// attempt succeeds. Only starting, going on after a pause, or pausing before anything is heard, on a server that hangs
+/// waits for it: nothing tells before.
 ///
 /// An output that is stopped is always disposed of through the event loop, because its destructor runs queued events.
 /// A program that has one of these ends by `endProcess()`.

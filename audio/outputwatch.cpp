@@ -23,6 +23,8 @@ void OutputWatch::setOutput(QAudioOutput* output)
 {
     m_output = output;
     m_processed = -1;
+    m_processedBefore = 0;
+    m_hasPlayed = false;
     m_looksWithoutProgress = 0;
     if (output)
         m_timer.start();
@@ -32,7 +34,18 @@ void OutputWatch::setOutput(QAudioOutput* output)
 
 bool OutputWatch::isHanging() const
 {
-    return m_looksWithoutProgress >= looksUntilHanging;
+    return m_looksWithoutProgress >= (m_hasPlayed ? looksUntilHanging : looksUntilHung);
+}
+
+void OutputWatch::noteWhetherItPlays(bool isActive)
+{
+    if (!isActive) {
+        m_processedBefore = m_processed;
+        m_hasPlayed = false;
+    } else if (!m_hasPlayed) {
+        const qint64 buffered = m_output->format().durationForBytes(m_output->bufferSize());
+        m_hasPlayed = m_processed > m_processedBefore + buffered;
+    }
 }
 
 void OutputWatch::look()
@@ -40,8 +53,10 @@ void OutputWatch::look()
     if (!m_output)
         return;
     const qint64 processed = m_output->processedUSecs();
-    const bool isGoingOn = m_output->state() != QAudio::ActiveState || processed != m_processed;
+    const bool isActive = m_output->state() == QAudio::ActiveState;
+    const bool isGoingOn = !isActive || processed != m_processed;
     m_processed = processed;
+    noteWhetherItPlays(isActive);
     m_looksWithoutProgress = isGoingOn ? 0 : m_looksWithoutProgress + 1;
     if (m_looksWithoutProgress == looksUntilHung)
         emit hung();

@@ -22,7 +22,8 @@ public:
 
     /// Watches this output from now on; null ends it.
     void setOutput(QAudioOutput* output);
-    /// The active output has not gone on for half a second.
+    /// The active output has not gone on for half a second. Of one that has not played yet, or not again since a pause,
+    /// it cannot be told so soon: a device may need longer than that to start.
     bool isHanging() const;
 
 signals:
@@ -31,9 +32,13 @@ signals:
 
 private:
     void look();
+    void noteWhetherItPlays(bool isActive);
 
     QTimer m_timer;
     QPointer<QAudioOutput> m_output;
-    qint64 m_processed = -1; // microseconds
+    // Microseconds. What an output has processed when it becomes active, and a bufferful more, was not played yet.
+    qint64 m_processed = -1;
+    qint64 m_processedBefore = 0;
+    bool m_hasPlayed = false;
     int m_looksWithoutProgress = 0;
 };

@@ -24,13 +24,15 @@ SoundServer::SoundServer()
     qputenv("PULSE_RUNTIME_PATH", QFile::encodeName(m_folder.path()));
     qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket));
     m_process.setStandardErrorFile(m_folder.filePath(QStringLiteral("server.log")));
-    // Without "norewinds" the device takes two seconds at a time.
+    // Without "norewinds" a device takes two seconds at a time.
     m_process.start(QStringLiteral("pulseaudio"),
         { "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disallow-exit", "-L",
             "module-native-protocol-unix auth-anonymous=1 socket=" + socket, "-L",
-            "module-null-sink sink_name=test norewinds=1 rate=96000 channels=2 format=s32le" });
+            "module-null-sink sink_name=test norewinds=1 rate=96000 channels=2 format=s32le", "-L",
+            "module-null-sink sink_name=slow" });
     if (!QTest::qWaitFor([this] { return isAnswering(); }, patience))
         qFatal("pulseaudio does not start");
+    choose(QStringLiteral("test"));
 }
 
 SoundServer::~SoundServer()
@@ -42,7 +44,28 @@ bool SoundServer::isAnswering() const
 {
     QProcess question;
     question.start(QStringLiteral("pactl"), { "list", "short", "sinks" });
-    return question.waitForFinished() && question.exitCode() == 0 && question.readAllStandardOutput().contains("test");
+    return question.waitForFinished() && question.exitCode() == 0 && question.readAllStandardOutput().contains("slow");
+}
+
+void SoundServer::control(const QStringList& arguments)
+{
+    if (QProcess::execute(QStringLiteral("pactl"), arguments) != 0)
+        qFatal("pactl refuses %s", qPrintable(arguments.join(QLatin1Char(' '))));
+}
+
+void SoundServer::choose(const QString& device)
+{
+    control({ QStringLiteral("set-default-sink"), device });
+}
+
+void SoundServer::putToSleep(const QString& device)
+{
+    control({ QStringLiteral("suspend-sink"), device, QStringLiteral("1") });
+}
+
+void SoundServer::letGoOn(const QString& device)
+{
+    control({ QStringLiteral("suspend-sink"), device, QStringLiteral("0") });
 }
 
 void SoundServer::freeze()

@@ -4,10 +4,12 @@
 #include <QByteArray>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <QVector>
 
-/// A PulseAudio server of the test's own, whose only device plays into nothing and can be listened to.
+/// A PulseAudio server of the test's own. Its devices play into nothing: "test", the default one, can be listened to,
+/// and "slow" plays only some time after a sound has begun, and then two seconds at a time.
 ///
 /// It must be made before this process first asks for an audio device, and last until its end.
 /// Owner and thread: the test program.
@@ -19,6 +21,11 @@ public:
     ~SoundServer();
     Q_DISABLE_COPY(SoundServer)
 
+    /// Makes this device the default one; fails the program when it cannot.
+    void choose(const QString& device);
+    /// The device takes nothing until it is let go on; the server answers all the same.
+    void putToSleep(const QString& device);
+    void letGoOn(const QString& device);
     /// The server answers nothing until it is woken.
     void freeze();
     void wake();
@@ -26,6 +33,7 @@ public:
 
 private:
     bool isAnswering() const;
+    void control(const QStringList& arguments);
 
     QTemporaryDir m_folder;
     QProcess m_process;
