@@ -160,7 +160,7 @@ void AudioPlayer::seek(qreal position)
 
 double AudioPlayer::position() const
 {
-    if (state() == QAudio::StoppedState)
+    if (!m_output || m_output->state() == QAudio::StoppedState)
         return m_startOffset;
     return m_startOffset + double(m_output->processedUSecs()) / microsecondsPerSecond;
 }
@@ -172,7 +172,9 @@ void AudioPlayer::emitCurrentPosition()
 
 QAudio::State AudioPlayer::state() const
 {
-    return m_output ? m_output->state() : QAudio::StoppedState;
+    const QAudio::State state = m_output ? m_output->state() : QAudio::StoppedState;
+    // An output that ran dry, because this thread was held up, goes on as soon as it gets something again.
+    return state == QAudio::IdleState && !m_source->atEnd() ? QAudio::ActiveState : state;
 }
 
 void AudioPlayer::handleAudioOutputStateChange(QAudio::State state)
@@ -193,7 +195,7 @@ bool AudioPlayer::isPlayedOut() const
     if (!m_source->atEnd())
         return false;
     // Not every back end's buffer is wholly free when it has nothing left to play.
-    return state() == QAudio::IdleState || m_output->bytesFree() == m_output->bufferSize();
+    return m_output->state() == QAudio::IdleState || m_output->bytesFree() == m_output->bufferSize();
 }
 
 void AudioPlayer::resetLaterWhenPlayedOut()

@@ -34,6 +34,7 @@ public:
     /// 0 to 1; values outside mean the nearest of these.
     void setVolume(qreal volume);
     qreal volume() const { return m_volume; }
+    /// That of the output, which is active also while it has to wait for more of the file.
     QAudio::State state() const;
     /// False when the last attempt to play found no device, or lost it. `stateChanged()` follows every change.
     bool canBeHeard() const { return m_canBeHeard; }

@@ -7,9 +7,12 @@
 #include "tests/audio/soundtestmain.h"
 #include "tests/support/messagerecorder.h"
 
+#include <QAudioOutput>
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QtTest>
 
 #include <memory>
@@ -28,11 +31,15 @@ private slots:
     void hungServerStopsPlayback();
     void playbackGoesOnOnceTheServerAnswers();
     void vanishedFilePlaysOnOrEnds();
+    void pauseAfterTheProgramWasHeldUpPauses();
+    void seekAfterTheProgramWasHeldUpGoesOn();
+    void heldUpProgramIsStillPlaying();
     void deathOfTheServerStopsPlayback();
 
 private:
     void play();
     bool hasStalled();
+    void holdUpTheProgram();
 
     QTemporaryDir m_folder;
     QString m_file;
@@ -78,6 +85,16 @@ bool AudioPlayerFaultsTest::hasStalled()
         },
         10000);
     return isSilent;
+}
+
+// Until the output has nothing left to play, and tells so: its thread goes on, this one with its events does not.
+void AudioPlayerFaultsTest::holdUpTheProgram()
+{
+    const auto* output = m_player->findChild<QAudioOutput*>();
+    const QDeadlineTimer deadline(20000);
+    while (output->state() == QAudio::ActiveState && !deadline.hasExpired())
+        QThread::yieldCurrentThread();
+    QCOMPARE(output->state(), QAudio::IdleState);
 }
 
 void AudioPlayerFaultsTest::resettingOnAHungServerDoesNotWait()
@@ -159,6 +176,45 @@ void AudioPlayerFaultsTest::vanishedFilePlaysOnOrEnds()
     // What was read before is played; then the sound ends.
     QTRY_COMPARE_WITH_TIMEOUT(m_player->state(), QAudio::StoppedState, 20000);
     QTRY_COMPARE(m_player->fileName(), QString());
+}
+
+void AudioPlayerFaultsTest::pauseAfterTheProgramWasHeldUpPauses()
+{
+    play();
+    const double position = m_player->position();
+    holdUpTheProgram();
+
+    m_player->togglePlayback();
+
+    QCOMPARE(m_player->state(), QAudio::SuspendedState);
+    QCOMPARE(m_player->position(), position);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_player->state(), QAudio::SuspendedState);
+    m_player->togglePlayback();
+    QCOMPARE(m_player->state(), QAudio::ActiveState);
+    QTRY_VERIFY(m_player->position() > position + 1);
+}
+
+void AudioPlayerFaultsTest::seekAfterTheProgramWasHeldUpGoesOn()
+{
+    play();
+    holdUpTheProgram();
+
+    m_player->seek(30);
+
+    QCOMPARE(m_player->state(), QAudio::ActiveState);
+    QTRY_VERIFY(m_player->position() > 31);
+}
+
+void AudioPlayerFaultsTest::heldUpProgramIsStillPlaying()
+{
+    play();
+    const double position = m_player->position();
+    holdUpTheProgram();
+
+    QCOMPARE(m_player->state(), QAudio::ActiveState);
+
+    QTRY_VERIFY(m_player->position() > position + 1);
 }
 
 void AudioPlayerFaultsTest::deathOfTheServerStopsPlayback()
