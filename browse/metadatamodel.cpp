@@ -75,6 +75,7 @@ void MetaDataModel::setTableId(int tableId)
 
 void MetaDataModel::showOtherTable()
 {
+    m_shownGeneration = -1;
     m_cache.clear();
     m_requestQueue.clear();
     if (!m_database) {
@@ -85,6 +86,12 @@ void MetaDataModel::showOtherTable()
     } else if (m_rowsCount > 0)
         emit dataChanged(index(0, 0), index(m_rowsCount - 1, ColumnsCount - 1));
     emit tableChaged();
+    askNewQuery();
+}
+
+void MetaDataModel::askNewQuery()
+{
+    ++m_queryNumber;
     requery();
 }
 
@@ -94,7 +101,7 @@ void MetaDataModel::setLookup(const QString& text)
         return;
     m_lookup = text;
     m_lookupWords = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    requery();
+    askNewQuery();
 }
 
 void MetaDataModel::setFilePathLookupEnabled(bool enabled)
@@ -102,7 +109,7 @@ void MetaDataModel::setFilePathLookupEnabled(bool enabled)
     if (m_isFilePathLookupEnabled == enabled)
         return;
     m_isFilePathLookupEnabled = enabled;
-    requery();
+    askNewQuery();
 }
 
 void MetaDataModel::setFilters(bool lastScannedOnly, bool playlistOnly)
@@ -111,14 +118,14 @@ void MetaDataModel::setFilters(bool lastScannedOnly, bool playlistOnly)
         return;
     m_lastScannedOnly = lastScannedOnly;
     m_playlistOnly = playlistOnly;
-    requery();
+    askNewQuery();
 }
 
 void MetaDataModel::sort(int column, Qt::SortOrder order)
 {
     m_sortField = headerData(column, Qt::Horizontal, FieldNameRole).toString();
     m_sortOrder = order;
-    requery();
+    askNewQuery();
 }
 
 QVariantMap MetaDataModel::filterParameters() const

@@ -86,6 +86,11 @@ public:
     bool isProcessing() const { return m_pendingRequests > 0 || m_isCountPending; }
     /// True from a requery until its first page has arrived or failed.
     bool isRequeryPending() const;
+    /// Grows whenever store, table, lookup, filters or order are set, not by `requery()`: the numbers of one query's
+    /// rows mean nothing in another.
+    int queryNumber() const { return m_queryNumber; }
+    /// False while the rows are still those of an earlier query, and after the current one has failed.
+    bool isQueryShown() const { return m_shownQuery == m_queryNumber; }
     /// The parameters of the current view for the store: filters and lookup, and the order.
     QVariantMap queryParameters() const;
     /// False when the row's record is not cached, or stale since a requery: then it must not be acted on.
@@ -154,9 +159,12 @@ private:
     void applyInitialPage(int page, const MetaDataList& items);
     void applyPage(int page, const MetaDataList& items);
     void emitRowsChanged(int page, int items);
+    void handleFailedInitialPage();
+    int generationToCount() const;
     void requestFinished();
     void announceProcessingFinished();
     void showOtherTable();
+    void askNewQuery();
 
     QPointer<Database> m_database;
     int m_tableId = 1;
@@ -164,9 +172,15 @@ private:
     bool m_isRowsCountActual = false;
     bool m_isCountPending = false;
     bool m_isCountWanted = false;
-    // Of the query that is asked for, and of the one whose first page came last.
+    // Of the query that is asked for, of the one whose first page came or failed last, and of the one whose rows are
+    // shown: -1 while there are none of this table.
     int m_generation = 0;
     int m_answeredGeneration = 0;
+    int m_shownGeneration = -1;
+    QVariantMap m_shownFilter;
+    // Of the query that is asked for, and of the one whose rows are shown.
+    int m_queryNumber = 0;
+    int m_shownQuery = 0;
 
     bool m_lastScannedOnly = false;
     bool m_playlistOnly = false;

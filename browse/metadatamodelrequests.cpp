@@ -101,6 +101,8 @@ void MetaDataModel::handleModelPageReply()
         m_answeredGeneration = m_generation;
     if (reply->hasError()) {
         qCritical().noquote() << "Page request failed:" << reply->errorString();
+        if (isInitial)
+            handleFailedInitialPage();
         return;
     }
     const auto items = reply->result(QStringLiteral("items")).value<MetaDataList>();
@@ -131,6 +133,9 @@ void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
 {
     // Before the reset begins: whoever sees it begin can tell a new query from a count that has become known.
     m_isRowsCountActual = false;
+    m_shownGeneration = m_generation;
+    m_shownFilter = filterParameters();
+    m_shownQuery = m_queryNumber;
     beginResetModel();
     m_rowsCount = std::max(m_rowsCount, items.size());
     m_cache.invalidate();
@@ -143,6 +148,13 @@ void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
     endResetModel();
     emit actualRowsCountChanged();
     if (!m_isRowsCountActual)
+        requestRowsCount();
+}
+
+void MetaDataModel::handleFailedInitialPage()
+{
+    // The rows stay. Their count may have come while this page was awaited, and was dropped then.
+    if (m_rowsCount >= 0 && !m_isRowsCountActual)
         requestRowsCount();
 }
 
@@ -169,6 +181,12 @@ void MetaDataModel::cleanInvalidPages()
         emitRowsChanged(page, PageCache::pageSize);
 }
 
+// A query that failed has no count; the rows of the one before are still shown.
+int MetaDataModel::generationToCount() const
+{
+    return isRequeryPending() || m_shownGeneration < 0 ? m_generation : m_shownGeneration;
+}
+
 void MetaDataModel::requestRowsCount()
 {
     if (!m_database)
@@ -178,27 +196,27 @@ void MetaDataModel::requestRowsCount()
         return;
     }
     m_isCountPending = true;
-    OperationReply* reply = selfDeleting(m_database->getRowsCount(m_tableId, filterParameters()));
-    reply->setProperty(generationProperty, m_generation);
+    const int generation = generationToCount();
+    const QVariantMap filter = generation == m_generation ? filterParameters() : m_shownFilter;
+    OperationReply* reply = selfDeleting(m_database->getRowsCount(m_tableId, filter));
+    reply->setProperty(generationProperty, generation);
     connect(reply, &OperationReply::finished, this, &MetaDataModel::handleRowsCountReply);
 }
 
 void MetaDataModel::handleRowsCountReply()
 {
     const auto* reply = qobject_cast<OperationReply*>(sender());
-    const bool isOutdated = reply->property(generationProperty).toInt() != m_generation;
+    const int generation = reply->property(generationProperty).toInt();
+    const bool isOutdated = generation != generationToCount();
     const bool isWantedAgain = m_isCountWanted;
     m_isCountPending = false;
     m_isCountWanted = false;
-    if (isOutdated) {
-        if (isWantedAgain)
-            requestRowsCount();
-        return;
-    }
-    if (reply->hasError()) {
+    if (isOutdated && isWantedAgain)
+        requestRowsCount();
+    if (reply->hasError() && generation >= generationToCount())
         qCritical().noquote() << "Rows count reply error:" << reply->errorString();
+    if (isOutdated || reply->hasError())
         return;
-    }
     const int rowsCount = reply->result(QStringLiteral("rowsCount")).toInt();
     m_isRowsCountActual = true;
     if (rowsCount != m_rowsCount) {

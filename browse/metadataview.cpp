@@ -163,14 +163,19 @@ void MetaDataView::keyboardSearch(const QString& /*search*/) { }
 
 void MetaDataView::requery(bool saveSelection)
 {
-    saveCurrentIndex();
-    if (saveSelection)
-        saveSelectedRows();
+    dropSelectionOfAnotherQuery();
+    // Rows that stay only until those of another query come have other numbers there.
+    if (m_model->isQueryShown()) {
+        saveCurrentIndex();
+        if (saveSelection)
+            saveSelectedRows();
+    }
     m_model->requery();
 }
 
 void MetaDataView::saveCurrentIndex()
 {
+    m_savedQuery = m_model->queryNumber();
     m_savedRow = currentIndex().row();
     m_savedColumn = currentIndex().column();
     m_isSavedRowSelected = m_savedRow >= 0 && selectionModel()->isRowSelected(m_savedRow, QModelIndex());
@@ -197,6 +202,7 @@ void MetaDataView::keepSelectionOverCount()
 void MetaDataView::restoreSavedSelection()
 {
     m_isRestoreDue = false;
+    dropSelectionOfAnotherQuery();
     const QScopedValueRollback<bool> restoring(m_isRestoringSelection, true);
     // The user may have scrolled away from the current row.
     const bool wasAutoScrolling = hasAutoScroll();
@@ -227,6 +233,17 @@ void MetaDataView::forgetSavedSelection()
     // While the count is not final another reset may follow and take the selection away again.
     if (m_isRestoreDue || !m_model->isRowsCountActual() || m_model->isRequeryPending())
         return;
+    dropSavedSelection();
+}
+
+void MetaDataView::dropSelectionOfAnotherQuery()
+{
+    if (m_savedQuery != m_model->queryNumber())
+        dropSavedSelection();
+}
+
+void MetaDataView::dropSavedSelection()
+{
     m_savedRow = -1;
     m_savedColumn = -1;
     m_savedRowRanges.clear();
@@ -234,6 +251,7 @@ void MetaDataView::forgetSavedSelection()
 
 void MetaDataView::handleRequeried()
 {
+    dropSelectionOfAnotherQuery();
     if (m_savedRow < 0 || m_savedColumn < 0)
         scrollToTop();
 }

@@ -58,7 +58,8 @@ signals:
     void requeried();
 
 public slots:
-    /// Saves the current row (and the selected ones) and asks the model for fresh rows.
+    /// Saves the current row (and the selected ones) and asks the model for fresh rows. What is saved holds for this
+    /// query only: another store, table, lookup, filter or order drops it.
     void requery(bool saveSelection = false);
     /// Looks the text up 500 ms after the last change, or at once.
     void setLookup(const QString& value, bool applyInstantly = false);
@@ -87,6 +88,8 @@ private:
     void saveSelectedRows();
     void keepSelectionOverCount();
     void forgetSavedSelection();
+    void dropSavedSelection();
+    void dropSelectionOfAnotherQuery();
     void buildColumnsMenu();
     void setUpHeader();
     void setUpColumnWidths();
@@ -104,6 +107,8 @@ private:
     int m_savedColumn = -1;
     bool m_isSavedRowSelected = false;
     QVector<QPair<int, int>> m_savedRowRanges;
+    // The model's number of the query whose rows are saved.
+    int m_savedQuery = 0;
     QString m_lookup;
     QStringList m_pendingPaths;
     // A reset has happened, but the selection was not put back yet.

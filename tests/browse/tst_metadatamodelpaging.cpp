@@ -80,6 +80,7 @@ private slots:
     void pageOfTheOldTableIsDropped();
     void failedPageIsLoggedAndTheNextWorks();
     void failedCountIsLoggedAndTheNextWorks();
+    void rowsThatAFailedQueryLeavesAreCounted();
     void shrunkenTableNamesNoRowPastTheEnd();
     void answerAfterTheModelIsGoneIsHarmless();
     void storeThatClosesEndsTheRequests();
@@ -429,6 +430,34 @@ void MetaDataModelPagingTest::failedCountIsLoggedAndTheNextWorks()
     QVERIFY(settles(*model));
     QVERIFY(model->isRowsCountActual());
     QVERIFY(model->rowCount() > 1000 && model->rowCount() < rowsOfBigTable);
+}
+
+void MetaDataModelPagingTest::rowsThatAFailedQueryLeavesAreCounted()
+{
+    const auto model = openModel();
+    std::unique_ptr<StoreHold> hold;
+    connect(model.get(), &MetaDataModel::requeried, model.get(),
+        [this, &hold]() { hold = std::make_unique<StoreHold>(*m_store); });
+    const TestSupport::MessageRecorder log;
+
+    model->setLookup("sound 1");
+    QTRY_VERIFY(hold);
+    QVERIFY(!model->isRowsCountActual());
+    const QVariantMap shownQuery = model->queryParameters();
+    model->setLookup("a\"b");
+    QVERIFY(!model->isQueryShown());
+    hold->release();
+    QTRY_VERIFY(model->isRowsCountActual());
+
+    const auto count = TestSupport::await(m_store->database().getRowsCount(bigTable, shownQuery));
+    QVERIFY(count->result("rowsCount").toInt() > 1000);
+    QCOMPARE(QVariant(model->rowCount()), count->result("rowsCount"));
+    QVERIFY(!model->isRequeryPending() && !model->isQueryShown());
+    model->requestRowsCount();
+    QVERIFY(settles(*model));
+    QCOMPARE(QVariant(model->rowCount()), count->result("rowsCount"));
+    QCOMPARE(log.messages().size(), 1);
+    QVERIFY(log.messages().first().startsWith("Page request failed: "));
 }
 
 void MetaDataModelPagingTest::shrunkenTableNamesNoRowPastTheEnd()

@@ -2,11 +2,14 @@
 #include "browse/metadatamodel.h"
 #include "browse/metadataview.h"
 #include "tests/browse/browsefixture.h"
+#include "tests/support/messagerecorder.h"
 
+#include <QHeaderView>
 #include <QScrollBar>
 #include <QtTest>
 
 #include <algorithm>
+#include <functional>
 
 using TestSupport::fillTable;
 using TestSupport::settles;
@@ -14,6 +17,10 @@ using TestSupport::settles;
 namespace {
 
 constexpr int tableId = 1;
+constexpr int otherTable = 2;
+constexpr int nextPage = -1; // stands for the row that Page Down leads to
+
+using Change = std::function<void(MetaDataView&)>;
 
 void select(MetaDataView& view, int firstRow, int lastRow)
 {
@@ -42,6 +49,8 @@ bool comesToRest(const MetaDataView& view)
 
 } // namespace
 
+Q_DECLARE_METATYPE(Change)
+
 class MetaDataViewSelectionTest : public QObject
 {
     Q_OBJECT
@@ -68,6 +77,12 @@ private slots:
     void rowsChosenBeforeTheCountIsKnownStayChosen();
     void countLeavesAScrolledViewWhereItIs();
     void storeTakenAwayForgetsTheSelection();
+    void rowSavedForAnotherQueryIsNotSelected_data();
+    void rowSavedForAnotherQueryIsNotSelected();
+    void rowOfAnotherQueryIsNotSaved();
+    void failedLookupLeavesNoSavedRow();
+    void selectionByKeysSurvivesARequery_data();
+    void selectionByKeysSurvivesARequery();
     void selectedRowsAreCountedByRanges();
 
 private:
@@ -83,6 +98,7 @@ void MetaDataViewSelectionTest::initTestCase()
 {
     m_store = std::make_unique<TestSupport::StoreFixture>();
     m_store->open();
+    fillTable(*m_store, otherTable, 1000);
 }
 
 void MetaDataViewSelectionTest::init()
@@ -116,8 +132,11 @@ void MetaDataViewSelectionTest::deleteRowsFrom(int firstRow)
 std::shared_ptr<std::unique_ptr<TestSupport::StoreHold>> MetaDataViewSelectionTest::holdTheNextCount()
 {
     auto hold = std::make_shared<std::unique_ptr<TestSupport::StoreHold>>();
-    connect(m_view.get(), &MetaDataView::requeried, m_view.get(),
-        [this, hold]() { *hold = std::make_unique<TestSupport::StoreHold>(*m_store); });
+    auto connection = std::make_shared<QMetaObject::Connection>();
+    *connection = connect(m_view.get(), &MetaDataView::requeried, m_view.get(), [this, hold, connection]() {
+        disconnect(*connection);
+        *hold = std::make_unique<TestSupport::StoreHold>(*m_store);
+    });
     return hold;
 }
 
@@ -360,6 +379,131 @@ void MetaDataViewSelectionTest::storeTakenAwayForgetsTheSelection()
     QVERIFY(comesToRest(*m_view));
 
     QVERIFY(!m_view->currentIndex().isValid());
+}
+
+void MetaDataViewSelectionTest::rowSavedForAnotherQueryIsNotSelected_data()
+{
+    QTest::addColumn<Change>("change");
+
+    QTest::newRow("table") << Change([](MetaDataView& view) { view.setTableId(otherTable); });
+    QTest::newRow("store") << Change(
+        [](MetaDataView& view) { view.setDatabase(view.metaDataModel()->database(), otherTable); });
+    QTest::newRow("filter") << Change([](MetaDataView& view) { view.setFilters(true, false); });
+    QTest::newRow("lookup") << Change([](MetaDataView& view) { view.setLookup("sound", true); });
+    QTest::newRow("lookup in paths") << Change([](MetaDataView& view) { view.setFilePathLookupEnabled(true); });
+    QTest::newRow("order") << Change([](MetaDataView& view) {
+        const QHeaderView& header = *view.horizontalHeader();
+        const int x = header.sectionViewportPosition(MetaDataModel::FileNameColumn) + 20;
+        QTest::mouseClick(header.viewport(), Qt::LeftButton, Qt::NoModifier, QPoint(x, header.height() / 2));
+    });
+}
+
+void MetaDataViewSelectionTest::rowSavedForAnotherQueryIsNotSelected()
+{
+    QFETCH(Change, change);
+    const auto hold = holdTheNextCount();
+    m_view->setCurrentIndex(m_view->model()->index(700, 0));
+    select(*m_view, 10, 12);
+    m_view->requery(true);
+    QTRY_VERIFY(*hold);
+    QCoreApplication::sendPostedEvents();
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 10, 11, 12, 700 }));
+    QVERIFY(!m_view->metaDataModel()->isRowsCountActual());
+
+    change(*m_view);
+    (*hold)->release();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->model()->rowCount(), 1000);
+    QVERIFY(!m_view->currentIndex().isValid());
+    QCOMPARE(selectedRows(*m_view), QList<int>());
+    QCOMPARE(m_view->verticalScrollBar()->value(), 0);
+}
+
+void MetaDataViewSelectionTest::rowOfAnotherQueryIsNotSaved()
+{
+    m_view->setCurrentIndex(m_view->model()->index(700, 0));
+    TestSupport::StoreHold hold(*m_store);
+
+    m_view->setLookup("sound", true);
+    m_view->requery(true);
+    m_view->requery();
+    hold.release();
+    QVERIFY(comesToRest(*m_view));
+
+    QVERIFY(!m_view->currentIndex().isValid());
+    QCOMPARE(selectedRows(*m_view), QList<int>());
+    QCOMPARE(m_view->verticalScrollBar()->value(), 0);
+}
+
+void MetaDataViewSelectionTest::failedLookupLeavesNoSavedRow()
+{
+    const auto hold = holdTheNextCount();
+    m_view->setCurrentIndex(m_view->model()->index(700, 0));
+    deleteRowsFrom(900);
+    m_view->requery(true);
+    QTRY_VERIFY(*hold);
+    QCoreApplication::sendPostedEvents();
+    const TestSupport::MessageRecorder log;
+
+    m_view->setLookup("\"", true);
+    (*hold)->release();
+    QVERIFY(comesToRest(*m_view));
+    QCOMPARE(log.messages().size(), 1);
+    QCOMPARE(m_view->model()->rowCount(), 900);
+    QCOMPARE(selectedRows(*m_view), QList<int>{ 700 });
+
+    m_view->setLookup("sound", true);
+    QVERIFY(comesToRest(*m_view));
+    QVERIFY(!m_view->currentIndex().isValid());
+    QCOMPARE(selectedRows(*m_view), QList<int>());
+}
+
+void MetaDataViewSelectionTest::selectionByKeysSurvivesARequery_data()
+{
+    QTest::addColumn<QKeySequence>("keys");
+    QTest::addColumn<int>("currentRow");
+    QTest::addColumn<int>("currentColumn");
+    QTest::addColumn<int>("firstSelected");
+    QTest::addColumn<int>("lastSelected");
+
+    QTest::newRow("Page Down") << QKeySequence("PgDown") << nextPage << 2 << nextPage << nextPage;
+    QTest::newRow("Shift+Down") << QKeySequence("Shift+Down") << 501 << 2 << 500 << 501;
+    QTest::newRow("Shift+Page Down") << QKeySequence("Shift+PgDown") << nextPage << 2 << 500 << nextPage;
+    QTest::newRow("End") << QKeySequence("End") << 500 << 6 << 500 << 500;
+    QTest::newRow("Home") << QKeySequence("Home") << 500 << 0 << 500 << 500;
+    // With Ctrl only the current row moves.
+    QTest::newRow("Ctrl+End") << QKeySequence("Ctrl+End") << 999 << 6 << 500 << 500;
+    QTest::newRow("Ctrl+Home") << QKeySequence("Ctrl+Home") << 0 << 0 << 500 << 500;
+    QTest::newRow("Ctrl+A") << QKeySequence("Ctrl+A") << 500 << 2 << 0 << 999;
+}
+
+void MetaDataViewSelectionTest::selectionByKeysSurvivesARequery()
+{
+    QFETCH(QKeySequence, keys);
+    m_view->setCurrentIndex(m_view->model()->index(500, 2));
+
+    QTest::keySequence(m_view.get(), keys);
+    const auto compareWithExpected = [this]() {
+        const int pageRows = m_view->viewport()->height() / m_view->rowHeight();
+        const auto expected = [pageRows](int row) {
+            return row == nextPage ? 500 + pageRows : row;
+        };
+        QFETCH(int, currentRow);
+        QFETCH(int, currentColumn);
+        QFETCH(int, firstSelected);
+        QFETCH(int, lastSelected);
+        QCOMPARE(m_view->currentIndex(), m_view->model()->index(expected(currentRow), currentColumn));
+        const QList<int> rows = selectedRows(*m_view);
+        QCOMPARE(rows.size(), expected(lastSelected) - expected(firstSelected) + 1);
+        QCOMPARE(rows.first(), expected(firstSelected));
+        QCOMPARE(rows.last(), expected(lastSelected));
+    };
+    compareWithExpected();
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+
+    compareWithExpected();
 }
 
 void MetaDataViewSelectionTest::selectedRowsAreCountedByRanges()
