@@ -54,6 +54,14 @@ bool TestSupport::settles(const MetaDataModel& model)
         [&model]() { return model.isRowsCountActual() && !model.isRequeryPending() && !model.isProcessing(); }, 60000);
 }
 
+QStringList TestSupport::ownMethods(const QMetaObject& object)
+{
+    QStringList methods;
+    for (int index = object.methodOffset(); index < object.methodCount(); ++index)
+        methods.append(QString::fromLatin1(object.method(index).methodSignature()));
+    return methods;
+}
+
 QString TestSupport::textAt(const MetaDataModel& model, int row, int column)
 {
     return model.index(row, column).data().toString();

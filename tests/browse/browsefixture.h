@@ -19,6 +19,9 @@ QString filledPath(int tableId, int row);
 /// Waits until the model has nothing under way and knows its count; false after a long time.
 bool settles(const MetaDataModel& model);
 
+/// The signatures of the signals and slots that a class itself has, in the order of its meta-object.
+QStringList ownMethods(const QMetaObject& object);
+
 /// The text that the model shows.
 QString textAt(const MetaDataModel& model, int row, int column);
 

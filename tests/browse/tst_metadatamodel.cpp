@@ -48,6 +48,7 @@ class MetaDataModelTest : public QObject
 private slots:
     void initTestCase();
     void cleanupTestCase();
+    void signalsAndSlotsStandInOrder();
     void headersNameTheColumns_data();
     void headersNameTheColumns();
     void otherHeadersAreInvalid();
@@ -107,6 +108,15 @@ void MetaDataModelTest::initTestCase()
 void MetaDataModelTest::cleanupTestCase()
 {
     m_store.reset();
+}
+
+void MetaDataModelTest::signalsAndSlotsStandInOrder()
+{
+    QCOMPARE(TestSupport::ownMethods(MetaDataModel::staticMetaObject),
+        QStringList({ "actualRowsCountChanged()", "processingStarted()", "processingFinished()",
+            "rangeVisibilityCheck(int,int,bool&)", "tableChaged()", "requeried()", "fieldsCollectionContextsReleased()",
+            "requery()", "requestRowsCount()", "handleRowsCountReply()", "requestPages()", "handleModelPageReply()",
+            "cleanInvalidPages()", "handleFieldsCollectionPageReply()", "releaseFieldsCollectionContext()" }));
 }
 
 void MetaDataModelTest::headersNameTheColumns_data()

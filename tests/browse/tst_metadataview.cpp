@@ -49,6 +49,7 @@ private slots:
     void init();
     void cleanup();
     void cleanupTestCase();
+    void signalsAndSlotsStandInOrder();
     void keysBecomeSignals_data();
     void keysBecomeSignals();
     void heldKeyIsOnePress();
@@ -110,6 +111,17 @@ void MetaDataViewTest::cleanup()
 void MetaDataViewTest::cleanupTestCase()
 {
     m_store.reset();
+}
+
+void MetaDataViewTest::signalsAndSlotsStandInOrder()
+{
+    QCOMPARE(TestSupport::ownMethods(MetaDataView::staticMetaObject),
+        QStringList({ "processingStarted()", "processingFinished()", "actualRowsCountChanged()",
+            "scanRequested(QStringList)", "returnPressed()", "plusPressed()", "minusPressed()", "deletePressed()",
+            "spacePressed()", "tableChaged()", "requeried()", "requery(bool)", "requery()", "setLookup(QString,bool)",
+            "setLookup(QString)", "setFilePathLookupEnabled(bool)", "handleRequeried()", "restoreSavedSelection()",
+            "requestPendingScan()", "checkRangeVisibility(int,int,bool&)", "applyLookup()", "toggledColumnVisibility()",
+            "updateColumnsVisibility()" }));
 }
 
 void MetaDataViewTest::keysBecomeSignals_data()
