@@ -10,12 +10,10 @@
 #include <QHeaderView>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QScopedValueRollback>
 
 namespace {
 
 constexpr double rowHeightInFontHeights = 1.75;
-constexpr int toneOfUnshadedRows = 103; // per cent
 
 } // namespace
 
@@ -35,7 +33,7 @@ AdvancedItemView::AdvancedItemView(QWidget* parent)
     setUpHeader();
     verticalHeader()->hide();
     setSelectionBehavior(SelectRows);
-    keepShadeVisible();
+    setUpGround();
 }
 
 AdvancedItemView::~AdvancedItemView() = default;
@@ -65,29 +63,27 @@ void AdvancedItemView::restoreHeaderState(const QByteArray& state)
     emit headerStateRestored();
 }
 
-// Nothing is lighter than white: on such a ground the shaded rows are the white ones, and the others step back.
-void AdvancedItemView::keepShadeVisible()
+// The viewport paints it. The view's own palette keeps the colour of which the shade is made.
+void AdvancedItemView::setUpGround()
 {
-    const QScopedValueRollback<bool> toning(m_isToning, true);
-    setPalette(QPalette());
-    m_untonedBase = palette().color(QPalette::Active, QPalette::Base);
-    m_isToned = TableLook::rowShade(palette()) == m_untonedBase;
-    if (!m_isToned)
-        return;
-    QPalette own;
-    own.setColor(QPalette::Base, QColor(m_untonedBase.darker(toneOfUnshadedRows).rgb()));
-    setPalette(own);
+    QPalette inherited = palette();
+    QPalette ground;
+    // Whoever gives the table a colour of its own means just that.
+    const bool isInherited = !inherited.isBrushSet(QPalette::Active, QPalette::Base);
+    for (const QPalette::ColorGroup group : { QPalette::Active, QPalette::Inactive, QPalette::Disabled }) {
+        inherited.setCurrentColorGroup(group);
+        const QColor colour = TableLook::rowGround(inherited);
+        if (isInherited && colour != inherited.color(QPalette::Base))
+            ground.setColor(group, QPalette::Base, colour);
+    }
+    viewport()->setPalette(ground);
 }
 
 bool AdvancedItemView::event(QEvent* event)
 {
     const bool isHandled = QTableView::event(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        keepShadeVisible();
-    // A tone of its own does not follow what is set for the whole window.
-    if (event->type() == QEvent::PaletteChange && m_isToned && !m_isToning && parentWidget()
-        && parentWidget()->palette().color(QPalette::Active, QPalette::Base) != m_untonedBase)
-        keepShadeVisible();
+    if (event->type() == QEvent::PaletteChange)
+        setUpGround();
     return isHandled;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QColor>
 #include <QMargins>
 #include <QTableView>
 
@@ -36,15 +35,11 @@ protected:
 
 private:
     void setUpHeader();
-    void keepShadeVisible();
+    void setUpGround();
     int rowsBottom() const;
     void paintBands(QPainter& painter, const QRect& area, int firstBandTop) const;
     void paintColumnLines(QPainter& painter, int top) const;
 
     int m_rowHeight;
     QMargins m_cellMargins;
-    // The Base colour that is inherited; the view's own may be a tone of it.
-    QColor m_untonedBase;
-    bool m_isToned = false;
-    bool m_isToning = false;
 };

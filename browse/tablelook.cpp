@@ -11,6 +11,7 @@ namespace {
 
 constexpr int shadeOfRows = 106; // per cent of the Base colour's brightness
 constexpr int shadeOfHeader = 105;
+constexpr int leastDistance = 7; // steps of a colour; six and fewer can hardly be seen
 constexpr int longestText = 5000; // characters; laying out a whole book for one cell would stop the program
 
 // Thickness of a line on this device.
@@ -27,6 +28,21 @@ bool breaksLine(QChar character)
         || category == QChar::Separator_Paragraph;
 }
 
+// In the channel in which they differ most.
+int distance(const QColor& colour, const QColor& other)
+{
+    return std::max({ std::abs(colour.red() - other.red()), std::abs(colour.green() - other.green()),
+        std::abs(colour.blue() - other.blue()) });
+}
+
+QColor shifted(const QColor& colour, int steps)
+{
+    const auto shift = [steps](int channel) {
+        return std::clamp(channel + steps, 0, 255);
+    };
+    return { shift(colour.red()), shift(colour.green()), shift(colour.blue()) };
+}
+
 } // namespace
 
 QColor TableLook::lineColour()
@@ -37,6 +53,17 @@ QColor TableLook::lineColour()
 QColor TableLook::rowShade(const QPalette& palette)
 {
     return palette.color(QPalette::Base).lighter(shadeOfRows);
+}
+
+// A factor makes nothing lighter than white, and a dark colour hardly lighter than it is. There the shaded rows are as
+// light as they are, and the others step back; from black there is no way but up.
+QColor TableLook::rowGround(const QPalette& palette)
+{
+    const QColor& base = palette.color(QPalette::Base);
+    const int missing = leastDistance - distance(rowShade(palette), base);
+    if (missing <= 0)
+        return base;
+    return shifted(base, base.value() >= missing ? -missing : missing);
 }
 
 QColor TableLook::headerShade(const QPalette& palette)

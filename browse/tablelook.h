@@ -22,6 +22,10 @@ QColor lineColour();
 /// Of every second row, in the palette's current colour group.
 QColor rowShade(const QPalette& palette);
 
+/// What the other rows stand on, in the palette's current colour group: its Base colour or, where the shade could not
+/// be told from that, a tone beside it.
+QColor rowGround(const QPalette& palette);
+
 /// Of the header's sections, in the palette's current colour group.
 QColor headerShade(const QPalette& palette);
 

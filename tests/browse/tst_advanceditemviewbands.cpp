@@ -37,6 +37,9 @@ private slots:
     void partsArePaintedAsTheWhole();
     void scrollingSidewaysKeepsTheLines();
     void whiteGroundStillShowsTheShade();
+    void shadeCanBeSeenOnEveryGround_data();
+    void shadeCanBeSeenOnEveryGround();
+    void colourOfTheTablesOwnIsKept();
     void groundFollowsTheApplicationsPalette();
     void groundFollowsTheWindowsPalette();
 
@@ -216,9 +219,60 @@ void AdvancedItemViewBandsTest::whiteGroundStillShowsTheShade()
 
     const QColor ground = seen.at(290, 5);
     QVERIFY(ground != QColor(Qt::white));
-    QCOMPARE(ground, view.palette().color(QPalette::Base));
     QCOMPARE(seen.at(290, view.rowHeight() + 5), lighter(ground, 106));
+    QCOMPARE(seen.at(290, view.rowHeight() + 5), QColor(Qt::white));
+    QCOMPARE(ground, view.viewport()->palette().color(QPalette::Base));
     QVERIFY(ground.lightness() > 240);
+}
+
+void AdvancedItemViewBandsTest::shadeCanBeSeenOnEveryGround_data()
+{
+    QTest::addColumn<QColor>("base");
+    QTest::addColumn<QColor>("ground");
+
+    QTest::newRow("white") << QColor(255, 255, 255) << QColor(248, 248, 248);
+    QTest::newRow("nearly white") << QColor(252, 252, 252) << QColor(248, 248, 248);
+    QTest::newRow("light") << base << base;
+    QTest::newRow("middle grey") << QColor(128, 128, 128) << QColor(128, 128, 128);
+    QTest::newRow("usual dark") << QColor(35, 38, 41) << QColor(30, 33, 36);
+    QTest::newRow("dark blue") << QColor(0, 0, 40) << QColor(0, 0, 35);
+    QTest::newRow("nearly black") << QColor(4, 4, 4) << QColor(11, 11, 11);
+    QTest::newRow("black") << QColor(0, 0, 0) << QColor(7, 7, 7);
+}
+
+void AdvancedItemViewBandsTest::shadeCanBeSeenOnEveryGround()
+{
+    QFETCH(QColor, base);
+    QPalette palette;
+    palette.setColor(QPalette::Base, base);
+    QWidget window;
+    window.setPalette(palette);
+    AdvancedItemView view(&window);
+    m_model->setRowCount(2);
+    view.setModel(m_model.get());
+    view.setFrameShape(QFrame::NoFrame);
+    view.resize(300, 400);
+
+    const Picture seen(*view.viewport());
+
+    for (int row = 0; row < 6; ++row) {
+        const QColor colour = seen.at(20, row * view.rowHeight() + 5);
+        if (row % 2 == 1)
+            QCOMPARE(colour, lighter(base, 106));
+        else
+            QTEST(colour, "ground");
+    }
+    QVERIFY(!Picture::isNear(seen.at(20, 5), seen.at(20, view.rowHeight() + 5), 6));
+}
+
+void AdvancedItemViewBandsTest::colourOfTheTablesOwnIsKept()
+{
+    QPalette white;
+    white.setColor(QPalette::Base, Qt::white);
+
+    m_view->setPalette(white);
+
+    QCOMPARE(groundOf(picture(), 0), QColor(Qt::white));
 }
 
 void AdvancedItemViewBandsTest::groundFollowsTheApplicationsPalette()
@@ -246,9 +300,15 @@ void AdvancedItemViewBandsTest::groundFollowsTheWindowsPalette()
 
     window.setPalette(dark);
     QCOMPARE(view.palette().color(QPalette::Base), QColor(40, 40, 40));
+    QCOMPARE(view.viewport()->palette().color(QPalette::Base), QColor(35, 35, 35));
 
     window.setPalette(QPalette());
     QVERIFY(view.palette().color(QPalette::Base).lightness() > 240);
+
+    QPalette grey;
+    grey.setColor(QPalette::Base, base);
+    window.setPalette(grey);
+    QCOMPARE(view.viewport()->palette().color(QPalette::Base), base);
 }
 
 QTEST_MAIN(AdvancedItemViewBandsTest)
