@@ -29,7 +29,7 @@ QString writtenLink(const QTextDocument& document, const QUrl& link)
 {
     for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
         for (auto part = block.begin(); !part.atEnd(); ++part) {
-            const QString written = part.fragment().charFormat().anchorHref();
+            QString written = part.fragment().charFormat().anchorHref();
             if (!written.isEmpty() && QUrl(written) == link)
                 return written;
         }
