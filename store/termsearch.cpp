@@ -119,28 +119,26 @@ TermSearch::Pending TermSearch::lookThroughWords(const Search& search, const Row
 // False when too many rows would have to be looked at by themselves.
 bool TermSearch::addWordHits(const Search& search, const RowSet& rows, RowSet& hits)
 {
+    return std::all_of(search.columns.begin(), search.columns.end(), [&](const SearchedColumn& column) {
+        return column.words == nullptr || addWordHits(search, column, rows, hits);
+    });
+}
+
+bool TermSearch::addWordHits(const Search& search, const SearchedColumn& column, const RowSet& rows, RowSet& hits)
+{
     RowSet candidates(rows.size());
-    for (const SearchedColumn& column : search.columns) {
-        if (column.words == nullptr)
-            continue;
-        column.words->find(search.term->pattern, hits, candidates);
-        // Few rows came after the words.
-        for (size_t row = column.words->rows(); row < rows.size(); ++row)
-            candidates.insert(row);
-    }
+    column.words->find(search.term->pattern, hits, candidates);
+    // Few rows came after the words.
+    for (size_t row = column.words->rows(); row < rows.size(); ++row)
+        candidates.insert(row);
     candidates.subtract(hits, { 0, rows.size() });
     candidates.intersect(rows);
     if (size_t(candidates.count()) * search.rowsPerLook > rows.size())
         return false;
     // Most of them hold the anchor, hence it is not looked for first.
-    const auto isHit = [&search](size_t row) {
-        return std::any_of(search.columns.begin(), search.columns.end(), [&](const SearchedColumn& column) {
-            return column.words != nullptr && search.term->pattern.matches(column.texts->row(row));
-        });
-    };
     forEachRowRange(rows.size(), [&](const RowRange& range) {
         candidates.forEach(range, [&](size_t row) {
-            if (isHit(row))
+            if (search.term->pattern.matches(column.texts->row(row)))
                 hits.insert(row);
         });
     });

@@ -55,6 +55,7 @@ private:
     static void keep(const Search& search, const RowSet& hits, const RowRange& range, RowSet& rows);
     static Pending lookThroughWords(const Search& search, const RowSet& rows);
     static bool addWordHits(const Search& search, const RowSet& rows, RowSet& hits);
+    static bool addWordHits(const Search& search, const SearchedColumn& column, const RowSet& rows, RowSet& hits);
     static void searchTexts(Pending& pending, const RowRange& range, RowSet& rows);
 
     std::vector<size_t> sampleOfRows() const;
