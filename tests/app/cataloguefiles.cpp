@@ -42,7 +42,7 @@ QString catalogueIn(const QString& path)
     using TestSupport::firstValue;
     if (!QFileInfo::exists(path))
         return QStringLiteral("missing");
-    const QString check = firstValue(path, QStringLiteral("PRAGMA integrity_check")).toString();
+    QString check = firstValue(path, QStringLiteral("PRAGMA integrity_check")).toString();
     if (check != QLatin1String("ok"))
         return check;
     const QString records = firstValue(path, QStringLiteral("SELECT COUNT(*) FROM MetaData1")).toString();

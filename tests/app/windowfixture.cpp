@@ -137,7 +137,7 @@ void WindowFixture::close()
 QString WindowFixture::clippedOrOverlapping()
 {
     for (const auto* row : { "upperWidget", "lowerWidget", "viewButtonsWidget", "playButtonsWidget" }) {
-        const QString widget = clippedOrOverlappingIn(*child<QWidget>(row));
+        QString widget = clippedOrOverlappingIn(*child<QWidget>(row));
         if (!widget.isEmpty())
             return widget;
     }
