@@ -23,8 +23,8 @@ public:
     /// Asked from time to time; true ends the making.
     using IsCancelled = std::function<bool()>;
 
-    /// Takes one to two seconds for a million texts of ten words. Nothing when it would take more bytes than these; while
-    /// it is made, up to twice as many. May throw std::bad_alloc.
+    /// Takes one to two seconds for a million texts of ten words. Nothing when it would take more bytes than these;
+    /// while it is made, up to twice as many. May throw std::bad_alloc.
     static std::optional<WordIndex> make(const FoldedText& texts, size_t greatestBytes, const IsCancelled& isCancelled);
 
     /// Whether a row that matches must hold a word with the pattern's anchor in it.
