@@ -15,7 +15,7 @@ namespace {
 constexpr int greatestBytes = 1 << 30;
 
 // Bytes that are compared at a time.
-constexpr size_t wideBlock = 16;
+constexpr size_t wideBlock = 64;
 
 struct Utf8Lead
 {
@@ -60,34 +60,71 @@ bool isUtf8(std::string_view text)
     return true;
 }
 
+#ifdef __SSE2__
+/// The places at which an occurrence may begin: the first and the last byte are right.
+class OccurrencePlaces final
+{
+public:
+    explicit OccurrencePlaces(std::string_view wanted)
+        : m_first(_mm_set1_epi8(wanted.front()))
+        , m_last(_mm_set1_epi8(wanted.back()))
+        , m_lastOffset(wanted.size() - 1)
+    {
+    }
+
+    // A bit for each of the block's places, the first one's lowest. So many bytes more are read as a word is long.
+    quint64 inBlock(const char* block) const
+    {
+        const __m128i part1 = inPart(block);
+        const __m128i part2 = inPart(block + 16);
+        const __m128i part3 = inPart(block + 32);
+        const __m128i part4 = inPart(block + 48);
+        if (bits(_mm_or_si128(_mm_or_si128(part1, part2), _mm_or_si128(part3, part4))) == 0)
+            return 0;
+        return bits(part1) | bits(part2) << 16U | bits(part3) << 32U | bits(part4) << 48U;
+    }
+
+private:
+    static __m128i load(const char* bytes)
+    {
+        return _mm_loadu_si128(static_cast<const __m128i*>(static_cast<const void*>(bytes)));
+    }
+    static quint64 bits(__m128i bytes) { return quint64(uint(_mm_movemask_epi8(bytes))); }
+    __m128i inPart(const char* part) const
+    {
+        return _mm_and_si128(
+            _mm_cmpeq_epi8(load(part), m_first), _mm_cmpeq_epi8(load(part + m_lastOffset), m_last));
+    }
+
+    __m128i m_first;
+    __m128i m_last;
+    size_t m_lastOffset;
+};
+#endif
+
 // Calls `visit` with the place of an occurrence and goes on at the place that it returns.
 template <typename Visitor>
 void forEachOccurrence(std::string_view text, std::string_view wanted, const Visitor& visit)
 {
     size_t place = 0;
 #ifdef __SSE2__
-    // Sixteen places at a time: only where the first and the last byte are right are the others compared.
-    constexpr size_t width = wideBlock;
-    static_assert(width == sizeof(__m128i));
-    const __m128i first = _mm_set1_epi8(wanted.front());
-    const __m128i last = _mm_set1_epi8(wanted.back());
-    const auto equalBytes = [&text](size_t position, __m128i byte) {
-        const auto* bytes = static_cast<const __m128i*>(static_cast<const void*>(text.data() + position));
-        return _mm_cmpeq_epi8(_mm_loadu_si128(bytes), byte);
+    const OccurrencePlaces places(wanted);
+    const auto isWanted = [&](size_t found) {
+        return wanted.size() <= 2 || std::memcmp(text.data() + found + 1, wanted.data() + 1, wanted.size() - 2) == 0;
     };
-    while (place + wanted.size() - 1 + width <= text.size()) {
+    while (place + wanted.size() - 1 + wideBlock <= text.size()) {
         const size_t block = place;
-        place += width;
-        const __m128i equal = _mm_and_si128(equalBytes(block, first), equalBytes(block + wanted.size() - 1, last));
-        size_t resume = block;
-        for (auto mask = uint(_mm_movemask_epi8(equal)); mask != 0; mask &= mask - 1) {
+        place += wideBlock;
+        quint64 mask = places.inBlock(text.data() + block);
+        while (mask != 0) {
             const size_t found = block + qCountTrailingZeroBits(mask);
-            const bool isFound
-                = wanted.size() <= 2 || std::memcmp(text.data() + found + 1, wanted.data() + 1, wanted.size() - 2) == 0;
-            if (found >= resume && isFound)
-                resume = visit(found);
+            const size_t resume = isWanted(found) ? visit(found) : found + 1;
+            if (resume >= block + wideBlock) {
+                place = resume;
+                break;
+            }
+            mask &= ~quint64(0) << (resume - block);
         }
-        place = std::max(place, resume);
     }
 #endif
     while ((place = text.find(wanted, place)) != std::string_view::npos)

@@ -26,6 +26,20 @@ bool isPlainlyRead(const QString& term)
     });
 }
 
+// Calls `visit` with the start and length of what is between two wildcards, where that is something.
+template <typename Visitor>
+void forEachPiece(std::string_view pattern, const Visitor& visit)
+{
+    size_t start = 0;
+    for (size_t i = 0; i < pattern.size(); ++i) {
+        if (!isWildcard(pattern[i]))
+            continue;
+        if (i > start)
+            visit(start, i - start);
+        start = i + 1;
+    }
+}
+
 // Where the character after the one at `position` begins.
 size_t nextCharacter(std::string_view text, size_t position)
 {
@@ -64,17 +78,23 @@ std::optional<LikePattern> LikePattern::fromTerm(const QString& term)
 LikePattern::LikePattern(std::string pattern)
     : m_pattern(std::move(pattern))
 {
-    size_t start = 0;
-    for (size_t i = 0; i < m_pattern.size(); ++i) {
-        if (!isWildcard(m_pattern[i]))
-            continue;
-        if (i - start > m_anchorLength) {
+    forEachPiece(m_pattern, [this](size_t start, size_t length) {
+        if (length > m_anchorLength) {
             m_anchorStart = start;
-            m_anchorLength = i - start;
+            m_anchorLength = length;
         }
-        start = i + 1;
-    }
+    });
     m_isRigid = std::count(m_pattern.begin(), m_pattern.end(), anyCharacters) == 2;
+}
+
+std::vector<LikePattern> LikePattern::otherPieces() const
+{
+    std::vector<LikePattern> pieces;
+    forEachPiece(m_pattern, [&](size_t start, size_t length) {
+        if (start != m_anchorStart)
+            pieces.push_back(plain(std::string_view(m_pattern).substr(start, length)));
+    });
+    return pieces;
 }
 
 // Takes as few characters as will do for the last "%" met, and one more whenever the rest does not match.

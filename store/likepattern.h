@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// The ASCII capitals as small letters, all else unchanged: how LIKE and the columns' collation compare.
 inline char foldedByte(char byte)
@@ -27,7 +28,9 @@ public:
     /// The longest piece without wildcards; every text that matches contains it. Empty when there is none.
     std::string_view anchor() const { return std::string_view(m_pattern).substr(m_anchorStart, m_anchorLength); }
     /// What every text that contains the anchor matches.
-    LikePattern anchorAlone() const { return LikePattern('%' + std::string(anchor()) + '%'); }
+    LikePattern anchorAlone() const { return plain(anchor()); }
+    /// What every text that contains them matches, of each piece without wildcards but the anchor.
+    std::vector<LikePattern> otherPieces() const;
     /// Whether containing the anchor is all there is to it.
     bool isPlain() const { return m_anchorLength == m_pattern.size() - 2; }
     bool matches(std::string_view text) const;
@@ -38,6 +41,8 @@ public:
 
 private:
     explicit LikePattern(std::string pattern);
+
+    static LikePattern plain(std::string_view piece) { return LikePattern('%' + std::string(piece) + '%'); }
 
     // With the "%" on either side.
     std::string m_pattern;

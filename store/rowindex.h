@@ -71,6 +71,14 @@ public:
     void refuse();
 
 private:
+    /// Rows that are no longer where they stand in the order, and rows to be put where they belong: one that may have
+    /// moved is both.
+    struct OrderChanges
+    {
+        std::vector<quint32> leaving;
+        std::vector<quint32> coming;
+    };
+
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
     bool readRows(const QStringList& fields);
@@ -92,9 +100,9 @@ private:
     bool isSearchedAsBefore(const SqliteStatement& cursor, const QStringList& fields, size_t row) const;
     bool appendRow(const SqliteStatement& cursor, const QStringList& fields, qint64 id);
     void forgetOrder();
-    quint32 renumberInOrder(quint32 row);
-    void refreshOrder(const std::vector<quint32>& movedRows);
-    bool isInPlace(SqliteStatement& precedence, quint32 row) const;
+    void refreshOrder(const OrderChanges& changes);
+    void removeFromOrder(const std::vector<quint32>& rows);
+    bool insertIntoOrder(SqliteStatement& comparison, quint32 row);
 
     sqlite3* m_handle;
     QString m_tableName;

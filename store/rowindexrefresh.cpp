@@ -11,7 +11,7 @@ namespace {
 
 // Beyond as many, reading all again is about as quick.
 constexpr size_t greatestAddedRows = 4000;
-constexpr size_t greatestMovedRows = 64;
+constexpr size_t greatestComingRows = 64;
 
 } // namespace
 
@@ -30,32 +30,25 @@ bool RowIndex::refresh(std::vector<qint64> changedIds)
     const QStringList columns = QStringList{ QStringLiteral("id") } + fields;
     SqliteStatement cursor(
         m_handle, QStringLiteral("SELECT %1 FROM %2 WHERE id=?1").arg(columns.join(QLatin1String(", ")), m_tableName));
-    std::vector<quint32> movedRows;
-    bool hasNewRows = false;
+    OrderChanges changes;
     for (const qint64 id : changedIds) {
         cursor.bind(1, id);
         const bool isThere = cursor.next();
         if (cursor.hasFailed())
             return false;
         const qint64 row = rowOf(id);
-        if (isThere && row >= 0 && isSearchedAsBefore(cursor, fields, size_t(row))) {
-            movedRows.push_back(quint32(row));
-            continue;
-        }
+        const bool isKept = isThere && row >= 0 && isSearchedAsBefore(cursor, fields, size_t(row));
         if (row >= 0)
+            changes.leaving.push_back(quint32(row));
+        if (row >= 0 && !isKept)
             m_rows.remove(size_t(row));
-        if (!isThere)
-            continue;
-        if (!appendRow(cursor, fields, id))
+        if (isThere && !isKept && !appendRow(cursor, fields, id))
             return false;
-        hasNewRows = hasNewRows || row < 0;
-        if (row >= 0)
-            movedRows.push_back(renumberInOrder(quint32(row)));
+        if (isThere)
+            changes.coming.push_back(quint32(isKept ? size_t(row) : m_ids.size() - 1));
     }
     m_expectedRows = size_t(m_rows.count());
-    if (hasNewRows)
-        forgetOrder();
-    refreshOrder(movedRows);
+    refreshOrder(changes);
     return m_ids.size() - m_ascendingIds <= greatestAddedRows && isWithinLimits();
 }
 
@@ -78,46 +71,52 @@ bool RowIndex::appendRow(const SqliteStatement& cursor, const QStringList& field
     return true;
 }
 
-// The last row has taken the place of this one, for the time being.
-quint32 RowIndex::renumberInOrder(quint32 row)
+void RowIndex::refreshOrder(const OrderChanges& changes)
 {
-    const auto newRow = quint32(m_ids.size() - 1);
-    std::replace(m_order.begin(), m_order.end(), row, newRow);
-    return newRow;
-}
-
-// For rows that have gone, and others that may have moved: in the order of the paths, a new rating moves nothing.
-void RowIndex::refreshOrder(const std::vector<quint32>& movedRows)
-{
-    if (movedRows.size() > greatestMovedRows)
+    if (changes.coming.size() > greatestComingRows)
         forgetOrder();
     if (m_sortField.isEmpty())
         return;
-    const auto isDead = [this](quint32 row) {
-        return !m_rows.contains(row);
-    };
-    m_order.erase(std::remove_if(m_order.begin(), m_order.end(), isDead), m_order.end());
-    SqliteStatement precedence(m_handle,
-        QStringLiteral("SELECT 1 FROM %1 a, %1 b WHERE a.id=?1 AND b.id=?2 AND (a.%2, a.id) < (b.%2, b.id)")
+    removeFromOrder(changes.leaving);
+    SqliteStatement comparison(m_handle,
+        QStringLiteral("SELECT CASE WHEN a.%2 IS b.%2 THEN a.id < b.id WHEN a.%2 IS NULL THEN 1 WHEN b.%2 IS NULL "
+                       "THEN 0 ELSE a.%2 < b.%2 END FROM %1 a, %1 b WHERE a.id=?1 AND b.id=?2")
             .arg(m_tableName, m_sortField));
-    const auto isStill = [&](quint32 row) {
-        return isInPlace(precedence, row);
+    const auto isPlaced = [&](quint32 row) {
+        return insertIntoOrder(comparison, row);
     };
-    if (!std::all_of(movedRows.begin(), movedRows.end(), isStill))
+    if (!std::all_of(changes.coming.begin(), changes.coming.end(), isPlaced))
         forgetOrder();
 }
 
-// Whether the row is still between its neighbours. Nothing is said of rows without a value.
-bool RowIndex::isInPlace(SqliteStatement& precedence, quint32 row) const
+void RowIndex::removeFromOrder(const std::vector<quint32>& rows)
 {
-    const auto place = std::find(m_order.begin(), m_order.end(), row);
-    if (place == m_order.end())
-        return false;
-    const auto isBefore = [&](quint32 first, quint32 second) {
-        precedence.bind(1, id(first));
-        precedence.bind(2, id(second));
-        return precedence.next();
+    // Most changes are of a single one, which is found more quickly by itself.
+    if (rows.size() == 1) {
+        m_order.erase(std::remove(m_order.begin(), m_order.end(), rows.front()), m_order.end());
+        return;
+    }
+    RowSet leaving(m_ids.size());
+    for (const quint32 row : rows)
+        leaving.insert(row);
+    const auto isLeaving = [&leaving](quint32 row) {
+        return leaving.contains(row);
     };
-    const bool isAfterLast = place == m_order.begin() || isBefore(*(place - 1), row);
-    return isAfterLast && (place + 1 == m_order.end() || isBefore(row, *(place + 1)));
+    m_order.erase(std::remove_if(m_order.begin(), m_order.end(), isLeaving), m_order.end());
+}
+
+// All others are in their order. False when they cannot be compared.
+bool RowIndex::insertIntoOrder(SqliteStatement& comparison, quint32 row)
+{
+    bool isCompared = true;
+    const auto isBefore = [&](quint32 other) {
+        comparison.bind(1, id(other));
+        comparison.bind(2, id(row));
+        isCompared = comparison.next() && isCompared;
+        return isCompared && comparison.integer(0) != 0;
+    };
+    const auto place = std::partition_point(m_order.begin(), m_order.end(), isBefore) - m_order.begin();
+    appendSparingly(m_order, row);
+    std::rotate(m_order.begin() + place, m_order.end() - 1, m_order.end());
+    return isCompared;
 }

@@ -3,10 +3,12 @@
 
 #include "store/rowset.h"
 
+#include <QFutureSynchronizer>
+#include <QThread>
 #include <QtConcurrent>
 
 #include <algorithm>
-#include <vector>
+#include <atomic>
 
 namespace {
 
@@ -17,21 +19,18 @@ static_assert(rowsPerRange % RowSet::bitsInWord == 0);
 // Fewer are done before another thread has begun.
 constexpr size_t fewestRanges = 8;
 
-std::vector<RowRange> rangesOf(size_t rows)
-{
-    std::vector<RowRange> ranges;
-    for (size_t begin = 0; begin < rows; begin += rowsPerRange)
-        ranges.push_back({ begin, std::min(begin + rowsPerRange, rows) });
-    return ranges;
-}
-
 } // namespace
 
 void forEachRowRange(size_t rows, const std::function<void(const RowRange&)>& visit)
 {
-    const std::vector<RowRange> ranges = rangesOf(rows);
-    if (ranges.size() < fewestRanges)
-        std::for_each(ranges.begin(), ranges.end(), visit);
-    else
-        QtConcurrent::blockingMap(ranges, visit);
+    std::atomic<size_t> next = 0;
+    const auto visitRanges = [&]() {
+        for (size_t begin = next.fetch_add(rowsPerRange); begin < rows; begin = next.fetch_add(rowsPerRange))
+            visit({ begin, std::min(begin + rowsPerRange, rows) });
+    };
+    // This thread begins at once. Those that have not begun when all is done are not waited for.
+    QFutureSynchronizer<void> others;
+    for (int i = 1; i < QThread::idealThreadCount() && rows > fewestRanges * rowsPerRange; ++i)
+        others.addFuture(QtConcurrent::run(visitRanges));
+    visitRanges();
 }

@@ -40,7 +40,7 @@ public:
     int count(const RowRange& range) const
     {
         uint count = 0;
-        forEachWord(range, [&](size_t i) { count += qPopulationCount(m_words[i]); });
+        forEachWord(range, [&](size_t i) { count += bitsOf(m_words[i]); });
         return int(count);
     }
     void clear(const RowRange& range)
@@ -93,6 +93,15 @@ private:
     {
         for (size_t i = range.begin / bitsInWord; i * bitsInWord < range.end; ++i)
             visit(i);
+    }
+    // Adds up neighbours of one bit, of two and of four, then all bytes in the highest one. Without the processor's own
+    // instruction, which not every one has, the compiler's function takes twice as long.
+    static uint bitsOf(quint64 word)
+    {
+        word -= (word >> 1U) & Q_UINT64_C(0x5555555555555555);
+        word = (word & Q_UINT64_C(0x3333333333333333)) + ((word >> 2U) & Q_UINT64_C(0x3333333333333333));
+        word = (word + (word >> 4U)) & Q_UINT64_C(0x0f0f0f0f0f0f0f0f);
+        return uint((word * Q_UINT64_C(0x0101010101010101)) >> 56U);
     }
     static quint64 bit(size_t row) { return Q_UINT64_C(1) << (row % bitsInWord); }
 

@@ -11,12 +11,21 @@ namespace {
 // Where one of so many rows is left, looking at each of these by itself is as quick as looking through the words.
 constexpr size_t rowsPerFew = 200;
 
-size_t countMatches(const SearchedColumn& column, const LikePattern& pattern, const std::vector<size_t>& sample)
+// So many are looked at before another thread has begun.
+constexpr size_t fewCandidates = 2000;
+
+// Marks those of the sample that match, and returns how many do.
+size_t markMatches(const SearchedColumn& column, const LikePattern& pattern, const std::vector<size_t>& sample,
+    std::vector<bool>& isFound)
 {
-    const auto isHit = [&](size_t row) {
-        return column.texts->isMatch(pattern, row);
-    };
-    return size_t(std::count_if(sample.begin(), sample.end(), isHit));
+    size_t count = 0;
+    for (size_t i = 0; i < sample.size(); ++i) {
+        if (!column.texts->isMatch(pattern, sample[i]))
+            continue;
+        isFound[i] = true;
+        ++count;
+    }
+    return count;
 }
 
 } // namespace
@@ -69,14 +78,14 @@ TermSearch::Search TermSearch::sampledSearch(const IndexedView::Term& term, cons
     // To search a text through takes longer the more is found; a look ends sooner.
     constexpr size_t rowsPerLookForFrequent = 2;
     std::vector<std::pair<size_t, SearchedColumn>> counted;
+    std::vector<bool> isFound(sample.size());
     for (const SearchedColumn& column : m_columns)
-        counted.emplace_back(countMatches(column, term.pattern, sample), column);
+        counted.emplace_back(markMatches(column, term.pattern, sample, isFound), column);
     std::stable_sort(counted.begin(), counted.end(), [](const auto& a, const auto& b) { return a.first > b.first; });
     Search search{ &term, {}, 0, rowsPerLook };
     for (const auto& entry : counted)
         search.columns.push_back(entry.second);
-    const auto found
-        = size_t(std::count_if(sample.begin(), sample.end(), [&](size_t row) { return isFound(search, row); }));
+    const auto found = size_t(std::count(isFound.begin(), isFound.end(), true));
     search.sampledRows = term.isNegated ? sample.size() - found : found;
     if (term.pattern.isPlain() && 2 * found > sample.size())
         search.rowsPerLook = rowsPerLookForFrequent;
@@ -133,15 +142,20 @@ bool TermSearch::addWordHits(const Search& search, const SearchedColumn& column,
         candidates.insert(row);
     candidates.subtract(hits, { 0, rows.size() });
     candidates.intersect(rows);
-    if (size_t(candidates.count()) * search.rowsPerLook > rows.size())
+    const auto count = size_t(candidates.count());
+    if (count * search.rowsPerLook > rows.size())
         return false;
     // Most of them hold the anchor, hence it is not looked for first.
-    forEachRowRange(rows.size(), [&](const RowRange& range) {
+    const auto lookAt = [&](const RowRange& range) {
         candidates.forEach(range, [&](size_t row) {
             if (search.term->pattern.matches(column.texts->row(row)))
                 hits.insert(row);
         });
-    });
+    };
+    if (count < fewCandidates)
+        lookAt({ 0, rows.size() });
+    else
+        forEachRowRange(rows.size(), lookAt);
     return true;
 }
 

@@ -2,6 +2,7 @@
 #include "store/wordindex.h"
 
 #include "store/rowranges.h"
+#include "store/rowsetpool.h"
 #include "store/wordnumbers.h"
 
 #include <algorithm>
@@ -16,6 +17,9 @@ bool isSeparator(char byte)
 }
 
 constexpr size_t rowsBetweenChecks = 1024;
+
+// To look through so many words is as quick as to look at one row by itself.
+constexpr size_t wordsPerCandidate = 50;
 
 // A set of all rows with a bit each is smaller than a list of so many of them.
 bool isSetSmaller(size_t listedRows, size_t rows)
@@ -168,25 +172,40 @@ size_t WordIndex::bytes() const
 
 void WordIndex::find(const LikePattern& pattern, RowSet& hits, RowSet& candidates) const
 {
-    const auto setOf = [&](size_t word) -> RowSet& {
-        return pattern.isPlain() || pattern.matches(m_words.row(word)) ? hits : candidates;
-    };
-    const RowSet words = wordsWith(pattern.anchorAlone());
-    for (const FrequentWord& word : m_frequentWords) {
-        if (words.contains(word.number))
-            setOf(word.number).unite(word.rows);
+    findWithAnchor(pattern, hits, candidates);
+    for (const LikePattern& piece : pattern.otherPieces()) {
+        if (size_t(candidates.count()) * wordsPerCandidate <= m_words.rows())
+            return;
+        RowSet rows(candidates.size());
+        findWithAnchor(piece, rows, rows);
+        candidates.intersect(rows);
     }
-    words.forEach([&](size_t word) {
-        if (m_listStarts[word] < m_listStarts[word + 1])
-            addRows(word, setOf(word));
-    });
 }
 
-RowSet WordIndex::wordsWith(const LikePattern& pattern) const
+void WordIndex::findWithAnchor(const LikePattern& pattern, RowSet& hits, RowSet& candidates) const
 {
+    const LikePattern anchor = pattern.anchorAlone();
+    const auto isHit = [&](size_t word) {
+        return pattern.isPlain() || pattern.matches(m_words.row(word));
+    };
     RowSet words(m_words.rows());
-    forEachRowRange(m_words.rows(), [&](const RowRange& range) { m_words.find(pattern, range, words); });
-    return words;
+    RowSetPool hitsOfThreads(m_rows);
+    RowSetPool candidatesOfThreads(pattern.isPlain() ? 0 : m_rows);
+    forEachRowRange(m_words.rows(), [&](const RowRange& range) {
+        m_words.find(anchor, range, words);
+        const RowSetPool::Loan rangeHits(hitsOfThreads);
+        const RowSetPool::Loan rangeCandidates(candidatesOfThreads);
+        words.forEach(range, [&](size_t word) {
+            if (m_listStarts[word] < m_listStarts[word + 1])
+                addRows(word, isHit(word) ? rangeHits.rows() : rangeCandidates.rows());
+        });
+    });
+    hitsOfThreads.uniteInto(hits);
+    candidatesOfThreads.uniteInto(candidates);
+    for (const FrequentWord& word : m_frequentWords) {
+        if (words.contains(word.number))
+            (isHit(word.number) ? hits : candidates).unite(word.rows);
+    }
 }
 
 void WordIndex::addRows(size_t word, RowSet& rows) const
