@@ -34,10 +34,10 @@ public:
     size_t rows() const { return m_rows; }
     size_t bytes() const;
 
-    /// Adds to `hits` the rows that match within one word. To `candidates`, which holds none, it adds rows that may match
-    /// beyond a word, for a wildcard may stand for what is between two of them: their words hold the anchor, and where
-    /// these are many also the pattern's other pieces. No other row matches. Both sets have at least as many rows. All
-    /// processors look through the words.
+    /// Adds to `hits` the rows that match within one word. To `candidates`, which holds none, it adds rows that may
+    /// match beyond a word, for a wildcard may stand for what is between two of them: their words hold the anchor, and
+    /// where these are many also the pattern's other pieces. No other row matches. Both sets have at least as many
+    /// rows. All processors look through the words.
     void find(const LikePattern& pattern, RowSet& hits, RowSet& candidates) const;
 
 private:
