@@ -25,8 +25,8 @@ namespace {
 constexpr int tableId = 1;
 constexpr int pageSize = 50;
 constexpr int exportedPageSize = 10000;
-constexpr int runs = 7;
-constexpr int statementRuns = 2;
+constexpr int runs = 21;
+constexpr int statementRuns = 3;
 
 // Paths in another order than the ids, libraries that repeat, descriptions of about forty-five characters.
 const char* const fillStatement

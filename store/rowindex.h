@@ -78,6 +78,7 @@ private:
         std::vector<quint32> leaving;
         std::vector<quint32> coming;
     };
+    class Comparison;
 
     bool prepareTexts(const QStringList& fields);
     bool readTexts(const QStringList& fields);
@@ -101,8 +102,10 @@ private:
     bool appendRow(const SqliteStatement& cursor, const QStringList& fields, qint64 id);
     void forgetOrder();
     void refreshOrder(const OrderChanges& changes);
+    size_t placeInOrder(Comparison& comparison, quint32 row) const;
+    bool replaceInOrder(Comparison& comparison, const OrderChanges& changes);
     void removeFromOrder(const std::vector<quint32>& rows);
-    bool insertIntoOrder(SqliteStatement& comparison, quint32 row);
+    void insertIntoOrder(Comparison& comparison, quint32 row);
 
     sqlite3* m_handle;
     QString m_tableName;

@@ -15,6 +15,33 @@ constexpr size_t greatestComingRows = 64;
 
 } // namespace
 
+/// Tells which of two rows comes first in the order of a field and the id. Owner: the stack of a refresh.
+class RowIndex::Comparison final
+{
+public:
+    Comparison(sqlite3* handle, const QString& tableName, const QString& field)
+        : m_statement(handle,
+            QStringLiteral("SELECT CASE WHEN a.%2 IS b.%2 THEN a.id < b.id WHEN a.%2 IS NULL THEN 1 WHEN b.%2 IS NULL "
+                           "THEN 0 ELSE a.%2 < b.%2 END FROM %1 a, %1 b WHERE a.id=?1 AND b.id=?2")
+                .arg(tableName, field))
+    {
+    }
+
+    bool isBefore(qint64 id, qint64 otherId)
+    {
+        m_statement.bind(1, id);
+        m_statement.bind(2, otherId);
+        m_hasFailed = !m_statement.next() || m_hasFailed;
+        return !m_hasFailed && m_statement.integer(0) != 0;
+    }
+    // Whether any two could not be compared: one of them is not there.
+    bool hasFailed() const { return m_hasFailed; }
+
+private:
+    SqliteStatement m_statement;
+    bool m_hasFailed = false;
+};
+
 bool RowIndex::refresh(std::vector<qint64> changedIds)
 {
     m_flaggedRows.clear();
@@ -77,21 +104,44 @@ void RowIndex::refreshOrder(const OrderChanges& changes)
         forgetOrder();
     if (m_sortField.isEmpty())
         return;
+    Comparison comparison(m_handle, m_tableName, m_sortField);
+    if (replaceInOrder(comparison, changes))
+        return;
     removeFromOrder(changes.leaving);
-    SqliteStatement comparison(m_handle,
-        QStringLiteral("SELECT CASE WHEN a.%2 IS b.%2 THEN a.id < b.id WHEN a.%2 IS NULL THEN 1 WHEN b.%2 IS NULL "
-                       "THEN 0 ELSE a.%2 < b.%2 END FROM %1 a, %1 b WHERE a.id=?1 AND b.id=?2")
-            .arg(m_tableName, m_sortField));
-    const auto isPlaced = [&](quint32 row) {
-        return insertIntoOrder(comparison, row);
-    };
-    if (!std::all_of(changes.coming.begin(), changes.coming.end(), isPlaced))
+    for (const quint32 row : changes.coming)
+        insertIntoOrder(comparison, row);
+    if (comparison.hasFailed())
         forgetOrder();
+}
+
+// Where the row belongs among the others, which are in their order.
+size_t RowIndex::placeInOrder(Comparison& comparison, quint32 row) const
+{
+    const auto isBefore = [&](quint32 other) {
+        return comparison.isBefore(id(other), id(row));
+    };
+    return size_t(std::partition_point(m_order.begin(), m_order.end(), isBefore) - m_order.begin());
+}
+
+// For most changes: of a single row, in a field that does not move it. False, without a change, for all others.
+bool RowIndex::replaceInOrder(Comparison& comparison, const OrderChanges& changes)
+{
+    if (changes.leaving.size() != 1 || changes.coming.size() != 1)
+        return false;
+    const quint32 row = changes.coming.front();
+    // Where the row itself is out of place, so may this be: it is only tried.
+    const size_t place = placeInOrder(comparison, row);
+    if (place == m_order.size() || m_order[place] != changes.leaving.front())
+        return false;
+    if (place + 1 < m_order.size() && !comparison.isBefore(id(row), id(m_order[place + 1])))
+        return false;
+    m_order[place] = row;
+    return !comparison.hasFailed();
 }
 
 void RowIndex::removeFromOrder(const std::vector<quint32>& rows)
 {
-    // Most changes are of a single one, which is found more quickly by itself.
+    // A single one is found more quickly by itself.
     if (rows.size() == 1) {
         m_order.erase(std::remove(m_order.begin(), m_order.end(), rows.front()), m_order.end());
         return;
@@ -105,18 +155,9 @@ void RowIndex::removeFromOrder(const std::vector<quint32>& rows)
     m_order.erase(std::remove_if(m_order.begin(), m_order.end(), isLeaving), m_order.end());
 }
 
-// All others are in their order. False when they cannot be compared.
-bool RowIndex::insertIntoOrder(SqliteStatement& comparison, quint32 row)
+void RowIndex::insertIntoOrder(Comparison& comparison, quint32 row)
 {
-    bool isCompared = true;
-    const auto isBefore = [&](quint32 other) {
-        comparison.bind(1, id(other));
-        comparison.bind(2, id(row));
-        isCompared = comparison.next() && isCompared;
-        return isCompared && comparison.integer(0) != 0;
-    };
-    const auto place = std::partition_point(m_order.begin(), m_order.end(), isBefore) - m_order.begin();
+    const auto place = std::ptrdiff_t(placeInOrder(comparison, row));
     appendSparingly(m_order, row);
     std::rotate(m_order.begin() + place, m_order.end() - 1, m_order.end());
-    return isCompared;
 }
