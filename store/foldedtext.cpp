@@ -92,8 +92,7 @@ private:
     static quint64 bits(__m128i bytes) { return quint64(uint(_mm_movemask_epi8(bytes))); }
     __m128i inPart(const char* part) const
     {
-        return _mm_and_si128(
-            _mm_cmpeq_epi8(load(part), m_first), _mm_cmpeq_epi8(load(part + m_lastOffset), m_last));
+        return _mm_and_si128(_mm_cmpeq_epi8(load(part), m_first), _mm_cmpeq_epi8(load(part + m_lastOffset), m_last));
     }
 
     __m128i m_first;
