@@ -281,10 +281,9 @@ void measureFreshness(Reads& reads, const char* lookup, int number)
     });
 }
 
-void readPages(
-    const QVariantMap& parameters, const std::function<void(const QVariantMap&)>& pull, int rows, int everyPage = 1)
+void readPages(const QVariantMap& parameters, const std::function<void(const QVariantMap&)>& pull, int rows)
 {
-    for (int offset = 0; offset < rows; offset += exportedPageSize * everyPage)
+    for (int offset = 0; offset < rows; offset += exportedPageSize)
         pull(page(parameters, offset, exportedPageSize));
 }
 

@@ -39,33 +39,25 @@ int pageLimit(const QVariantMap& parameters)
     return positive(parameters, QStringLiteral("limit"));
 }
 
-// The values of the query's rows, each in the place of its row's id; `read` gives the current row's id and value. The
-// query tells the rows in an order of its own. Nothing when a row is missing.
-template <typename Value, typename Reader>
-std::optional<std::vector<Value>> valuesInPlace(QSqlQuery& query, const std::vector<qint64>& ids, const Reader& read)
+// The values of the query's rows as a list, each in the place of its row's id; `read` gives the current row's id and
+// value. The query tells the rows in an order of its own. Nothing when a row is missing.
+template <typename List, typename Reader>
+std::optional<QVariant> valuesInPlace(QSqlQuery& query, const std::vector<qint64>& ids, const Reader& read)
 {
-    QHash<qint64, size_t> places;
-    for (const qint64 id : ids)
-        places.insert(id, size_t(places.size()));
-    std::vector<Value> values(ids.size());
-    size_t count = 0;
+    QHash<qint64, int> places;
+    places.reserve(int(ids.size()));
+    List values;
+    values.reserve(int(ids.size()));
+    for (const qint64 id : ids) {
+        places.insert(id, values.size());
+        values.append(typename List::value_type());
+    }
+    int count = 0;
     for (; query.next(); ++count) {
-        std::pair<qint64, Value> row = read();
+        auto row = read();
         values[places.value(row.first)] = std::move(row.second);
     }
-    if (count != ids.size())
-        return std::nullopt;
-    return values;
-}
-
-template <typename List, typename Value>
-QVariant listOf(const std::optional<std::vector<Value>>& values)
-{
-    List items;
-    items.reserve(int(values->size()));
-    for (const Value& value : *values)
-        items.append(value);
-    return QVariant::fromValue(items);
+    return count == values.size() ? std::make_optional(QVariant::fromValue(values)) : std::nullopt;
 }
 
 bool selectByIds(QSqlQuery& query, const QString& columns, int tableId, const std::vector<qint64>& ids)
@@ -85,12 +77,11 @@ std::optional<QVariant> readRecords(const QSqlDatabase& connection, int tableId,
     if (!selectByIds(query, QStringLiteral("*"), tableId, ids))
         return std::nullopt;
     const RecordReader reader(query);
-    const auto records = valuesInPlace<MetaData>(query, ids, [&reader]() {
+    return valuesInPlace<MetaDataList>(query, ids, [&reader]() {
         MetaData record = reader.read();
         const qint64 id = record.id();
         return std::make_pair(id, std::move(record));
     });
-    return records ? std::make_optional(listOf<MetaDataList>(records)) : std::nullopt;
 }
 
 std::optional<QVariant> readField(
@@ -99,9 +90,8 @@ std::optional<QVariant> readField(
     QSqlQuery query(connection);
     if (!selectByIds(query, QLatin1String("id, ") + field, tableId, ids))
         return std::nullopt;
-    const auto values = valuesInPlace<QVariant>(
+    return valuesInPlace<QVariantList>(
         query, ids, [&query]() { return std::make_pair(query.value(0).toLongLong(), query.value(1)); });
-    return values ? std::make_optional(listOf<QVariantList>(values)) : std::nullopt;
 }
 
 // Whether the values alone tell a record's place. They do not where one is missing, for it compares with nothing, or

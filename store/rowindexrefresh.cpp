@@ -133,14 +133,17 @@ bool RowIndex::replaceInOrder(Comparison& comparison, const OrderChanges& change
     const size_t place = placeInOrder(comparison, row);
     if (place == m_order.size() || m_order[place] != changes.leaving.front())
         return false;
-    if (place + 1 < m_order.size() && !comparison.isBefore(id(row), id(m_order[place + 1])))
+    const bool isLast = place + 1 == m_order.size();
+    if ((!isLast && !comparison.isBefore(id(row), id(m_order[place + 1]))) || comparison.hasFailed())
         return false;
     m_order[place] = row;
-    return !comparison.hasFailed();
+    return true;
 }
 
 void RowIndex::removeFromOrder(const std::vector<quint32>& rows)
 {
+    if (rows.empty())
+        return;
     // A single one is found more quickly by itself.
     if (rows.size() == 1) {
         m_order.erase(std::remove(m_order.begin(), m_order.end(), rows.front()), m_order.end());
