@@ -30,7 +30,7 @@ void forEachRowRange(size_t rows, const std::function<void(const RowRange&)>& vi
     };
     // This thread begins at once. Those that have not begun when all is done are not waited for.
     QFutureSynchronizer<void> others;
-    for (int i = 1; i < QThread::idealThreadCount() && rows > fewestRanges * rowsPerRange; ++i)
+    for (int i = 1; i < QThread::idealThreadCount() && rows > (fewestRanges - 1) * rowsPerRange; ++i)
         others.addFuture(QtConcurrent::run(visitRanges));
     visitRanges();
 }

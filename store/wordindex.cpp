@@ -176,6 +176,9 @@ void WordIndex::find(const LikePattern& pattern, RowSet& hits, RowSet& candidate
     for (const LikePattern& piece : pattern.otherPieces()) {
         if (size_t(candidates.count()) * wordsPerCandidate <= m_words.rows())
             return;
+        // A piece that goes beyond a word is in none.
+        if (!canFind(piece))
+            continue;
         RowSet rows(candidates.size());
         findWithAnchor(piece, rows, rows);
         candidates.intersect(rows);

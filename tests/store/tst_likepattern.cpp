@@ -16,6 +16,7 @@ class LikePatternTest : public QObject
 private slots:
     void anchorIsTheLongestPieceWithoutWildcards_data();
     void anchorIsTheLongestPieceWithoutWildcards();
+    void otherPiecesAreAllButTheAnchor();
     void termsOfUnsureMeaningAreRefused_data();
     void termsOfUnsureMeaningAreRefused();
     void matchesWhatSqliteMatches();
@@ -69,6 +70,22 @@ void LikePatternTest::anchorIsTheLongestPieceWithoutWildcards()
     QVERIFY(pattern.has_value());
     QCOMPARE(QString::fromStdString(std::string(pattern->anchor())), anchor);
     QCOMPARE(pattern->isPlain(), isPlain);
+}
+
+void LikePatternTest::otherPiecesAreAllButTheAnchor()
+{
+    const auto pieces = [](const char* term) {
+        QStringList texts;
+        for (const LikePattern& piece : LikePattern::fromTerm(term)->otherPieces())
+            texts.append(QString::fromStdString(std::string(piece.anchor())) + (piece.isPlain() ? "" : "!"));
+        return texts;
+    };
+
+    QCOMPARE(pieces("drum"), QStringList());
+    QCOMPARE(pieces("%_"), QStringList());
+    QCOMPARE(pieces("a%loop_b"), (QStringList{ "a", "b" }));
+    // The same text twice: both are needed.
+    QCOMPARE(pieces("__42%%42"), QStringList{ "42" });
 }
 
 void LikePatternTest::termsOfUnsureMeaningAreRefused_data()

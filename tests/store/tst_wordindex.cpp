@@ -27,6 +27,8 @@ private slots:
     void termsWithoutAPieceWithinAWordCannotBeFound_data();
     void termsWithoutAPieceWithinAWordCannotBeFound();
     void wildcardsMayStandForWhatIsBetweenWords();
+    void candidatesHoldAllPieces();
+    void pieceOfSeveralWordsLeavesTheCandidates();
     void hitsAreAddedToOthers();
     void columnWithoutWordsHasNoHits();
     void frequentWordTakesABitForEachRow();
@@ -94,6 +96,36 @@ void WordIndexTest::wildcardsMayStandForWhatIsBetweenWords()
 
     QVERIFY(rowsOf(hits) == (std::vector<size_t>{ 1 }));
     QVERIFY(rowsOf(candidates) == (std::vector<size_t>{ 0, 3, 4 }));
+}
+
+void WordIndexTest::candidatesHoldAllPieces()
+{
+    FoldedText texts;
+    for (const char* text : { "drum loop", "drum", "loop drum", "drum other", "drumloop", "loop" })
+        texts.append(text);
+    const std::optional<WordIndex> index = WordIndex::make(texts, anyBytes, never);
+    RowSet hits(texts.rows());
+    RowSet candidates(texts.rows());
+
+    index->find(pattern("drum%oo"), hits, candidates);
+
+    QVERIFY(rowsOf(hits) == (std::vector<size_t>{ 4 }));
+    QVERIFY(rowsOf(candidates) == (std::vector<size_t>{ 0, 2 }));
+}
+
+void WordIndexTest::pieceOfSeveralWordsLeavesTheCandidates()
+{
+    FoldedText texts;
+    texts.append("drum a b");
+    texts.append("other");
+    const std::optional<WordIndex> index = WordIndex::make(texts, anyBytes, never);
+    RowSet hits(texts.rows());
+    RowSet candidates(texts.rows());
+
+    index->find(pattern("drum%a b"), hits, candidates);
+
+    QCOMPARE(hits.count(), 0);
+    QVERIFY(rowsOf(candidates) == (std::vector<size_t>{ 0 }));
 }
 
 void WordIndexTest::hitsAreAddedToOthers()
