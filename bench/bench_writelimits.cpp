@@ -27,7 +27,6 @@
 
 namespace {
 
-constexpr int writtenRecords = 100000;
 constexpr int rounds = 4;
 
 std::atomic<int> syncsCount = 0;
@@ -63,9 +62,9 @@ MetaDataList rowsOf(int tableId, const QString& condition)
 }
 
 // Records as a scan brings them: one folder after the other, and they have no id yet.
-MetaDataList scannedRows(int tableId)
+MetaDataList scannedRows(int tableId, int count)
 {
-    MetaDataList items = rowsOf(tableId, QStringLiteral("id <= %1").arg(writtenRecords));
+    MetaDataList items = rowsOf(tableId, QStringLiteral("id <= %1").arg(count));
     for (MetaData& item : items)
         item.setId(0);
     return items;
@@ -95,25 +94,30 @@ void printBest(const QString& name, const char* unit, double unitsPerMicrosecond
     BenchRatio::print(name, unit, own * unitsPerMicrosecond, plain * unitsPerMicrosecond, limit);
 }
 
-void compareRescans(int tableId)
+void compareWriting(int tableId, const MetaDataList& items, const QString& name, double limit)
 {
-    MetaDataList items = scannedRows(tableId);
-    const auto compare = [&](const QString& name, double limit) {
-        const auto ownTime = [&]() {
-            return timeOf([&]() { writeMetaData(connection(), tableId, items, 5000, true); });
-        };
-        const auto plainTime = [&]() {
-            return timeOf([&]() { LiteralWriter(connection(), tableId, 5000).write(items); });
-        };
-        printBest(name, "us a row", 1.0 / items.size(), limit, ownTime, plainTime);
+    const auto ownTime = [&]() {
+        return timeOf([&]() { writeMetaData(connection(), tableId, items, 5000, true); });
     };
-    compare("rescan of unchanged rows, beside three statements", 1.0 / 3);
+    const auto plainTime = [&]() {
+        return timeOf([&]() { LiteralWriter(connection(), tableId, 5000).write(items); });
+    };
+    printBest(name, "us a row", 1.0 / items.size(), limit, ownTime, plainTime);
+}
+
+void compareRescans(int tableId, int rows)
+{
+    const double limit = 1.0 / 3;
+    compareWriting(
+        tableId, scannedRows(tableId, rows), "rescan of all rows, unchanged, beside three statements", limit);
+    MetaDataList items = scannedRows(tableId, rows / 10);
+    compareWriting(tableId, items, "rescan of a tenth, unchanged, beside three statements", limit);
     for (MetaData& item : items)
         item.setDescription(item.description() + "!");
-    compare("rescan of changed rows, beside three statements", 1);
+    compareWriting(tableId, items, "rescan of changed rows, beside three statements", 1);
     for (MetaData& item : items)
         item.setFilePath("/new" + item.filePath());
-    compare("insert, beside the plain statements", 1.1);
+    compareWriting(tableId, items, "insert, beside the plain statements", 1.1);
 }
 
 void writeWholeRows(int tableId, const QString& before, const QString& after)
@@ -175,7 +179,7 @@ int main(int argumentsCount, char** arguments)
     store.setBulkOperations(scanBulkOperations());
     const int tableId = BenchCatalogue::tableOf(rows);
     QMetaObject::invokeMethod(
-        &store, [&]() { compareRescans(tableId); }, Qt::BlockingQueuedConnection);
+        &store, [&]() { compareRescans(tableId, rows); }, Qt::BlockingQueuedConnection);
     compareReplace(store, tableId);
     BenchCatalogue::close();
     return 0;

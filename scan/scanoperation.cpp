@@ -107,6 +107,14 @@ void BatchReader::startReading()
         batch, m_read, appendRecord, QtConcurrent::UnorderedReduce | QtConcurrent::SequentialReduce);
 }
 
+QStringList warningsOf(const MetaDataList& failedRecords)
+{
+    QStringList warnings;
+    for (const MetaData& record : failedRecords)
+        warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));
+    return warnings;
+}
+
 class Scan
 {
     Q_DECLARE_TR_FUNCTIONS(Scan)
@@ -124,10 +132,10 @@ public:
 
 private:
     QStringList listFiles(const QStringList& paths);
-    void writeFiles(const QStringList& files);
+    QString writeFiles(const QStringList& files);
     QStringList writeBatch(RecordWriter& writer, MetaDataList records);
     void warnOfSpellings(const MetaDataList& records);
-    void finish(Transaction& transaction);
+    void finish(Transaction& transaction, const QString& errorText);
 
     const QSqlDatabase& m_connection;
     OperationReply* m_reply;
@@ -150,8 +158,7 @@ void Scan::run(const QStringList& paths)
         m_reply->setError(tr("Unable to begin scan transaction: %1").arg(transaction.errorText()));
         return;
     }
-    writeFiles(files);
-    finish(transaction);
+    finish(transaction, writeFiles(files));
 }
 
 QStringList Scan::listFiles(const QStringList& paths)
@@ -163,7 +170,8 @@ QStringList Scan::listFiles(const QStringList& paths)
     return files;
 }
 
-void Scan::writeFiles(const QStringList& files)
+// Gives the text of what forbids a commit; none when all went well, also when it was canceled.
+QString Scan::writeFiles(const QStringList& files)
 {
     BatchReader reader(files, m_connection.databaseName());
     RecordWriter writer(m_connection, m_tableId, m_scanTimestamp, true);
@@ -173,19 +181,17 @@ void Scan::writeFiles(const QStringList& files)
         m_reply->addWarnings(warnings);
         // The commit then fails, and says so.
         if (!warnings.isEmpty() && !isTransactionActive(m_connection))
-            return;
+            return QString();
     }
+    m_reply->addWarnings(warningsOf(writer.finish([this]() { return m_reply->isCanceled(); })));
+    return writer.finishError();
 }
 
 QStringList Scan::writeBatch(RecordWriter& writer, MetaDataList records)
 {
     applyLibraryRules(records, m_rules);
     warnOfSpellings(records);
-    const MetaDataList failedRecords = writer.write(records);
-    QStringList warnings;
-    for (const MetaData& record : failedRecords)
-        warnings.append(QStringLiteral("%1: %2").arg(record.error(), record.filePath()));
-    return warnings;
+    return warningsOf(writer.write(records));
 }
 
 void Scan::warnOfSpellings(const MetaDataList& records)
@@ -200,12 +206,14 @@ void Scan::warnOfSpellings(const MetaDataList& records)
 }
 
 // The reply is ended last: its owner may release it as soon as it has ended.
-void Scan::finish(Transaction& transaction)
+void Scan::finish(Transaction& transaction, const QString& errorText)
 {
     const bool isCanceled = m_reply->isCanceled();
-    const bool isFinalized = isCanceled ? transaction.rollback() : transaction.commit();
-    if (!isFinalized)
-        m_reply->setError(tr("Unable to finalize scan transaction: %1").arg(transaction.errorText()));
+    const bool isWanted = !isCanceled && errorText.isEmpty();
+    const bool isFinalized = isWanted ? transaction.commit() : transaction.rollback();
+    if (!isFinalized || !errorText.isEmpty())
+        m_reply->setError(tr("Unable to finalize scan transaction: %1")
+                              .arg(errorText.isEmpty() ? transaction.errorText() : errorText));
     else if (isCanceled)
         m_reply->setError(tr("Canceled"));
     else

@@ -4,6 +4,7 @@
 #include "store/fieldcatalogue.h"
 #include "store/metadatafields.h"
 #include "store/querycomposer.h"
+#include "store/recordreader.h"
 #include "store/transactionstate.h"
 
 #include <QCoreApplication>
@@ -11,6 +12,7 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <sqlite3.h>
 #include <vector>
 
 namespace {
@@ -73,10 +75,11 @@ QString eachField(const QString& pattern, const QString& separator)
 
 // A row whose fields are all written already is only to be marked as seen: a third of the indexes change. Values are
 // compared as they are stored, so that a change of case or of null into empty is a change.
-const QString& touchUnchangedStatement()
+const QString& comparisonStatement()
 {
-    static const QString statement = QStringLiteral("UPDATE %1 SET scanTimestamp=? WHERE filePath=? AND ")
-        + eachField(QStringLiteral("%1 IS ? COLLATE BINARY"), QStringLiteral(" AND "));
+    static const QString statement = QStringLiteral("SELECT id, ")
+        + eachField(QStringLiteral("%1 IS ? COLLATE BINARY"), QStringLiteral(" AND "))
+        + QStringLiteral(" FROM %1 WHERE filePath=?");
     return statement;
 }
 
@@ -107,6 +110,11 @@ void bindFields(QSqlQuery& query, const MetaData& item)
         bindField(query, item, bound);
 }
 
+QString unknownErrorText()
+{
+    return QCoreApplication::translate("Database", "Unknown database error");
+}
+
 QString fieldsUpdateStatement(const QStringList& fields)
 {
     QStringList assignments;
@@ -119,6 +127,7 @@ QString fieldsUpdateStatement(const QStringList& fields)
 
 RecordWriter::RecordWriter(const QSqlDatabase& connection, int tableId, qint64 scanTimestamp, bool lookupByFilePath)
     : m_connection(connection)
+    , m_tableId(tableId)
     , m_tableName(metaDataTableName(tableId))
     , m_wasInTransaction(isTransactionActive(connection))
     , m_update(connection)
@@ -127,7 +136,12 @@ RecordWriter::RecordWriter(const QSqlDatabase& connection, int tableId, qint64 s
     , m_rescan(connection)
     , m_scanTimestamp(scanTimestamp)
     , m_lookupByFilePath(lookupByFilePath)
+    , m_handle(lookupByFilePath ? sqliteHandle(connection) : nullptr)
 {
+    if (m_handle == nullptr)
+        return;
+    m_comparison.emplace(m_handle, comparisonStatement().arg(m_tableName));
+    m_unchangedRows.emplace(m_handle, m_tableName);
 }
 
 MetaDataList RecordWriter::write(const MetaDataList& items)
@@ -154,21 +168,30 @@ MetaData RecordWriter::write(const MetaData& item)
     return isWritten ? MetaData() : failed(item);
 }
 
-// A scan finds nearly all files known and unchanged, or none: the last file tells what to try first.
 bool RecordWriter::writeByFilePath(const MetaData& item)
 {
-    if (m_wasLastKnown && touchIfUnchanged(item))
-        return true;
-    if (m_isTransactionLost)
-        return false;
-    const qint64 id = findByFilePath(item.filePath());
-    const bool wasTouchTried = m_wasLastKnown;
-    m_wasLastKnown = id >= 1;
-    if (id < 1)
+    const KnownRow row = findKnownRow(item);
+    m_wasLastKnown = row.id >= 1;
+    if (row.id < 1)
         return insert(item);
-    if (!wasTouchTried && touchIfUnchanged(item))
-        return true;
-    return !m_isTransactionLost && rescan(item, id);
+    if (!row.isUnchanged)
+        return rescan(item, row.id);
+    m_unchangedRows->add(row.id);
+    return true;
+}
+
+MetaDataList RecordWriter::finish(const std::function<bool()>& isCanceled)
+{
+    if (!m_unchangedRows)
+        return {};
+    if (!m_unchangedRows->touch(m_scanTimestamp, isCanceled) && !isCanceled())
+        m_finishError = m_isTransactionLost ? m_errorText : QString::fromUtf8(sqlite3_errmsg(m_handle));
+    MetaDataList failedItems;
+    for (const qint64 id : m_unchangedRows->failedIds()) {
+        noteFailure();
+        failedItems.append(failed(fetchMetaData(m_connection, m_tableId, id)));
+    }
+    return failedItems;
 }
 
 MetaData RecordWriter::failed(const MetaData& item) const
@@ -186,6 +209,18 @@ void RecordWriter::prepare(QSqlQuery& query, const QString& statement)
     query.prepare(statement.arg(m_tableName));
 }
 
+// A scan finds nearly all files known, or none: the last file tells what to ask first.
+RecordWriter::KnownRow RecordWriter::findKnownRow(const MetaData& item)
+{
+    KnownRow row;
+    if (m_wasLastKnown && compareWithRow(item, row))
+        return row;
+    row.id = findByFilePath(item.filePath());
+    if (row.id >= 1)
+        compareWithRow(item, row);
+    return row;
+}
+
 qint64 RecordWriter::findByFilePath(const QString& filePath)
 {
     prepare(m_find, findStatement);
@@ -193,6 +228,23 @@ qint64 RecordWriter::findByFilePath(const QString& filePath)
     const qint64 id = m_find.exec() && m_find.next() ? m_find.value(0).toLongLong() : 0;
     m_find.finish();
     return id;
+}
+
+// Leaves the row alone when it cannot be compared.
+bool RecordWriter::compareWithRow(const MetaData& item, KnownRow& row)
+{
+    if (!m_comparison)
+        return false;
+    int place = 0;
+    for (const BoundField& bound : boundFields())
+        m_comparison->bind(++place, writtenValue(item, bound));
+    m_comparison->bind(++place, QVariant(item.filePath()));
+    const bool isKnown = m_comparison->next();
+    if (m_comparison->hasFailed())
+        return false;
+    row = { isKnown ? m_comparison->integer(0) : 0, isKnown && m_comparison->integer(1) != 0 };
+    m_comparison->finish();
+    return true;
 }
 
 bool RecordWriter::insert(const MetaData& item)
@@ -209,33 +261,6 @@ bool RecordWriter::update(const MetaData& item, qint64 id)
     bindFields(m_update, item);
     m_update.bindValue(idPlace, id);
     return execute(m_update);
-}
-
-// Null where SQLite's own handle cannot be used; all rows are written whole then.
-SqliteStatement* RecordWriter::touchStatement()
-{
-    if (!m_isTouchPrepared) {
-        m_isTouchPrepared = true;
-        if (sqlite3* handle = sqliteHandle(m_connection))
-            m_touchUnchanged.emplace(handle, touchUnchangedStatement().arg(m_tableName));
-    }
-    return m_touchUnchanged && !m_touchUnchanged->hasFailed() ? &*m_touchUnchanged : nullptr;
-}
-
-bool RecordWriter::touchIfUnchanged(const MetaData& item)
-{
-    SqliteStatement* touch = touchStatement();
-    if (touch == nullptr)
-        return false;
-    int place = 0;
-    touch->bind(++place, m_scanTimestamp);
-    touch->bind(++place, QVariant(item.filePath()));
-    for (const BoundField& bound : boundFields())
-        touch->bind(++place, writtenValue(item, bound));
-    const int changedRows = touch->run();
-    if (changedRows < 0)
-        noteFailure();
-    return changedRows > 0;
 }
 
 bool RecordWriter::rescan(const MetaData& item, qint64 id)
@@ -277,7 +302,7 @@ bool RecordWriter::execute(QSqlQuery& query)
 
 void RecordWriter::noteFailure()
 {
-    m_errorText = QCoreApplication::translate("Database", "Unknown database error");
+    m_errorText = unknownErrorText();
     // A full disk makes SQLite end the transaction by itself; what was written now would stay for good.
     m_isTransactionLost = m_wasInTransaction && !isTransactionActive(m_connection);
 }
@@ -285,5 +310,13 @@ void RecordWriter::noteFailure()
 MetaDataList writeMetaData(
     const QSqlDatabase& connection, int tableId, const MetaDataList& items, qint64 scanTimestamp, bool lookupByFilePath)
 {
-    return RecordWriter(connection, tableId, scanTimestamp, lookupByFilePath).write(items);
+    RecordWriter writer(connection, tableId, scanTimestamp, lookupByFilePath);
+    MetaDataList failedItems = writer.write(items);
+    failedItems.append(writer.finish());
+    if (writer.finishError().isEmpty())
+        return failedItems;
+    failedItems = items;
+    for (MetaData& item : failedItems)
+        item.setError(unknownErrorText());
+    return failedItems;
 }

@@ -66,8 +66,13 @@ int SqliteStatement::run()
 {
     next();
     const int changedRows = m_hasFailed ? -1 : sqlite3_changes(sqlite3_db_handle(m_statement));
-    sqlite3_reset(m_statement);
+    finish();
     return changedRows;
+}
+
+void SqliteStatement::finish()
+{
+    sqlite3_reset(m_statement);
 }
 
 bool SqliteStatement::next()

@@ -36,6 +36,8 @@ public:
     bool next();
     /// Runs a statement that gives no rows, and ends it; how many rows it changed, or -1 after a failure.
     int run();
+    /// Ends a statement of which not all rows were read: while it runs, indexes of its table cannot be dropped.
+    void finish();
     /// True when the statement could not be prepared or a step failed.
     bool hasFailed() const { return m_hasFailed; }
 

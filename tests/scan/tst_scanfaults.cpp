@@ -52,6 +52,7 @@ private slots:
     void cleanup();
     void limitedFileSizeKeepsTheEarlierRows_data();
     void limitedFileSizeKeepsTheEarlierRows();
+    void limitedFileSizeKeepsUnchangedRows();
     void fullDiskKeepsTheEarlierRows_data();
     void fullDiskKeepsTheEarlierRows();
     void readOnlyFolderKeepsTheEarlierRows();
@@ -125,6 +126,23 @@ void ScanFaultsTest::limitedFileSizeKeepsTheEarlierRows()
 
     const Outcome outcome = runScan({ m_store->filePath(), m_sounds, QString::number(size) });
 
+    compareFault(outcome);
+    compareWithEarlierRows();
+}
+
+// All files are known: the room for the journal ends while their rows get the time stamp.
+void ScanFaultsTest::limitedFileSizeKeepsUnchangedRows()
+{
+    QCOMPARE(runScan({ m_store->filePath(), m_sounds }).ending, QStringLiteral("finished"));
+    m_store->open();
+    m_earlier = m_store->records(tableId);
+    m_store->database().close();
+    QVERIFY(m_earlier.size() > 2000);
+
+    const Outcome outcome = runScan({ m_store->filePath(), m_sounds, QString::number(3 * 65536) });
+
+    QVERIFY2(outcome.ending.startsWith(QLatin1String("error Unable to finalize scan transaction: ")),
+        qPrintable(outcome.ending));
     compareFault(outcome);
     compareWithEarlierRows();
 }

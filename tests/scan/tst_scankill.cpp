@@ -16,6 +16,7 @@ constexpr int tableId = 1;
 constexpr int filesCount = 2000;
 constexpr int batchSize = 40;
 constexpr int scanTimeout = 60000; // milliseconds
+constexpr int longestMoment = 60; // milliseconds
 
 /// A scan in a process of its own.
 class ScanProcess
@@ -46,6 +47,8 @@ public:
         return hasEnded;
     }
 
+    /// Waits for the end, but no longer than this; true when it has ended.
+    bool waitForEnd(int milliseconds) { return m_process.waitForFinished(milliseconds); }
     bool waitForEnd() { return waitForProgress(filesCount) && m_process.waitForFinished(scanTimeout); }
 
     int progress() const { return m_progress; }
@@ -75,8 +78,10 @@ class ScanKillTest : public QObject
 private slots:
     void initTestCase();
     void killedScanLeavesNoRow();
+    void killedRescanGivesAllRowsTheTimestampOrNone();
 
 private:
+    void compareButTimestamps(const MetaDataList& records, const MetaDataList& earlier);
     MetaDataList storedRecords();
 
     QTemporaryDir m_folder;
@@ -130,6 +135,50 @@ void ScanKillTest::killedScanLeavesNoRow()
         QCOMPARE(TestSupport::firstValue(m_store.filePath(), QStringLiteral("PRAGMA integrity_check")).toString(),
             QStringLiteral("ok"));
     }
+}
+
+void ScanKillTest::compareButTimestamps(const MetaDataList& records, const MetaDataList& earlier)
+{
+    QCOMPARE(records.size(), earlier.size());
+    for (int row = 0; row < records.size(); ++row) {
+        QVariantMap expected = earlier.at(row).toVariantMap();
+        expected.insert(QStringLiteral("scanTimestamp"), records.first().scanTimestamp());
+        QCOMPARE(records.at(row).toVariantMap(), expected);
+    }
+    const QString integrity = QStringLiteral("PRAGMA integrity_check");
+    QCOMPARE(TestSupport::firstValue(m_store.filePath(), integrity).toString(), QStringLiteral("ok"));
+}
+
+// Killed after the last file: while rows get the time stamp, indexes are made or all is committed.
+void ScanKillTest::killedRescanGivesAllRowsTheTimestampOrNone()
+{
+    const QString indexes = QStringLiteral(
+        "SELECT group_concat(name) FROM (SELECT name FROM sqlite_master WHERE tbl_name='MetaData1' ORDER BY rowid)");
+    // Rows of other folders would keep their time stamp.
+    m_store.open();
+    QCOMPARE(m_store.execute(QStringLiteral("DELETE FROM MetaData1")), QString());
+    m_store.database().close();
+    ScanProcess first(m_store.filePath(), m_folderToKill);
+    QVERIFY(first.waitForEnd());
+    const MetaDataList earlier = storedRecords();
+    QCOMPARE(earlier.size(), filesCount);
+    const QString earlierIndexes = TestSupport::firstValue(m_store.filePath(), indexes).toString();
+    const quint32 seed = QRandomGenerator::system()->generate();
+    qInfo("Seed of the moments: %u", seed);
+    QRandomGenerator random(seed);
+    int killedCount = 0;
+
+    for (int round = 0; round < 20; ++round) {
+        ScanProcess process(m_store.filePath(), m_folderToKill);
+        QVERIFY(process.waitForProgress(filesCount));
+        if (!process.waitForEnd(random.bounded(longestMoment)) && process.kill())
+            ++killedCount;
+
+        compareButTimestamps(storedRecords(), earlier);
+        QCOMPARE(TestSupport::firstValue(m_store.filePath(), indexes).toString(), earlierIndexes);
+    }
+    qInfo("Killed in time: %d of 20", killedCount);
+    QVERIFY(killedCount > 0);
 }
 
 QTEST_GUILESS_MAIN(ScanKillTest)

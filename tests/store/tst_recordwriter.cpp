@@ -46,6 +46,9 @@ private slots:
     void recordWithAnIdIsUpdatedAndKeepsItsTimeStamp();
     void updateOfAnUnknownIdWritesNothing();
     void knownPathIsUpdatedAndTouched();
+    void unchangedRecordIsTouchedInTheEnd();
+    void recordThatCannotBeTouchedIsReturned();
+    void allRecordsAreReturnedWhenTheTransactionIsLost();
     void unknownPathIsInserted();
     void idComesBeforeThePath();
     void pathInAnotherCaseIsTheSameRecord();
@@ -131,6 +134,52 @@ void RecordWriterTest::knownPathIsUpdatedAndTouched()
     QCOMPARE(stored(1).rating(), 1.0);
     QCOMPARE(stored(1).library(), QString());
     QCOMPARE(stored(1).playlist(), 0);
+}
+
+void RecordWriterTest::unchangedRecordIsTouchedInTheEnd()
+{
+    write({ fullRecord(), sampleRecord("/other.wav") }, earlierScan);
+    RecordWriter writer(m_fixture->connection(), 2, laterScan, true);
+
+    QVERIFY(writer.write(MetaDataList{ fullRecord() }).isEmpty());
+    QCOMPARE(stored(1).scanTimestamp(), earlierScan);
+    QVERIFY(writer.finish().isEmpty());
+
+    QCOMPARE(writer.finishError(), QString());
+    QCOMPARE(stored(1).scanTimestamp(), laterScan);
+    QCOMPARE(stored(2).scanTimestamp(), earlierScan);
+}
+
+void RecordWriterTest::recordThatCannotBeTouchedIsReturned()
+{
+    write({ fullRecord(), sampleRecord("/other.wav") }, earlierScan);
+    QCOMPARE(m_fixture->execute("CREATE TRIGGER refuse BEFORE UPDATE ON MetaData2 WHEN OLD.id=1 BEGIN "
+                                "SELECT RAISE(ABORT, 'refused'); END"),
+        QString());
+
+    const MetaDataList failedItems = write({ fullRecord(), sampleRecord("/other.wav") }, laterScan, true);
+
+    QCOMPARE(failedItems.size(), 1);
+    QCOMPARE(failedItems.first().filePath(), fullRecord().filePath());
+    QCOMPARE(failedItems.first().error(), QStringLiteral("Unknown database error"));
+    QCOMPARE(stored(1).scanTimestamp(), earlierScan);
+    QCOMPARE(stored(2).scanTimestamp(), laterScan);
+}
+
+void RecordWriterTest::allRecordsAreReturnedWhenTheTransactionIsLost()
+{
+    write({ fullRecord(), sampleRecord("/other.wav") }, earlierScan);
+    QCOMPARE(m_fixture->execute("CREATE TRIGGER refuse BEFORE UPDATE ON MetaData2 WHEN OLD.id=1 BEGIN "
+                                "SELECT RAISE(ROLLBACK, 'refused'); END"),
+        QString());
+    QCOMPARE(m_fixture->execute("BEGIN TRANSACTION"), QString());
+
+    const MetaDataList failedItems = write({ fullRecord(), sampleRecord("/other.wav") }, laterScan, true);
+
+    QCOMPARE(failedItems.size(), 2);
+    QCOMPARE(failedItems.last().error(), QStringLiteral("Unknown database error"));
+    QCOMPARE(stored(1).scanTimestamp(), earlierScan);
+    QCOMPARE(stored(2).scanTimestamp(), earlierScan);
 }
 
 void RecordWriterTest::unknownPathIsInserted()

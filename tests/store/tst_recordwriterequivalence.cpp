@@ -98,6 +98,7 @@ class RecordWriterEquivalenceTest : public QObject
 private slots:
     void tablesAreEqualAfterRandomScans_data();
     void tablesAreEqualAfterRandomScans();
+    void tablesAreEqualAfterScansOfManyRows();
     void unchangedRowIsOnlyTouched();
 
 private:
@@ -138,6 +139,34 @@ void RecordWriterEquivalenceTest::tablesAreEqualAfterRandomScans()
         records = source.varied(records);
         records.append(source.make(5));
     }
+}
+
+// In a transaction and of so many rows that indexes are made anew.
+void RecordWriterEquivalenceTest::tablesAreEqualAfterScansOfManyRows()
+{
+    const ConnectionFixture fixture;
+    MetaDataList records;
+    for (int number = 0; number < 2000; ++number)
+        records.append(TestSupport::sampleRecord(QStringLiteral("/x/s/%1.wav").arg(number)));
+    const QString place = QStringLiteral("SELECT rowid FROM sqlite_master WHERE name='MetaData1_scanTimestamp_rating'");
+    const int placeBefore = fixture.value(place).toInt();
+    Records source(1);
+
+    for (int scan = 1; scan <= 3; ++scan) {
+        QCOMPARE(fixture.execute("BEGIN TRANSACTION"), QString());
+        const MetaDataList failed = writeMetaData(fixture.connection(), ownTable, records, scan, true);
+        QStringList errors = LiteralWriter(fixture.connection(), literalTable, scan).write(records);
+        errors.removeAll(QString());
+        QCOMPARE(fixture.execute("COMMIT"), QString());
+
+        QCOMPARE(errorsOf(failed), errors);
+        QCOMPARE(rows(fixture, ownTable), rows(fixture, literalTable));
+        records = source.varied(records);
+        records.append(source.make(5));
+    }
+
+    QVERIFY(fixture.value(place).toInt() > placeBefore);
+    QCOMPARE(fixture.value("PRAGMA integrity_check").toString(), QStringLiteral("ok"));
 }
 
 void RecordWriterEquivalenceTest::unchangedRowIsOnlyTouched()
