@@ -37,7 +37,7 @@ void SqliteStatement::bind(int place, qint64 value)
 {
     if (m_hasFailed)
         return;
-    sqlite3_reset(m_statement);
+    finish();
     m_hasFailed = sqlite3_bind_int64(m_statement, place, value) != SQLITE_OK;
 }
 
@@ -45,7 +45,7 @@ void SqliteStatement::bind(int place, const QVariant& value)
 {
     if (m_hasFailed)
         return;
-    sqlite3_reset(m_statement);
+    finish();
     int result = SQLITE_OK;
     if (value.isNull()) {
         result = sqlite3_bind_null(m_statement, place);
@@ -72,13 +72,16 @@ int SqliteStatement::run()
 
 void SqliteStatement::finish()
 {
-    sqlite3_reset(m_statement);
+    if (m_isRunning)
+        sqlite3_reset(m_statement);
+    m_isRunning = false;
 }
 
 bool SqliteStatement::next()
 {
     if (m_hasFailed)
         return false;
+    m_isRunning = true;
     const int result = sqlite3_step(m_statement);
     m_hasFailed = result != SQLITE_ROW && result != SQLITE_DONE;
     return result == SQLITE_ROW;

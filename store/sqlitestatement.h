@@ -50,5 +50,7 @@ private:
     sqlite3_stmt* m_statement = nullptr;
     // Of the places from 1 on: they must be there as long as the statement runs.
     std::vector<QByteArray> m_texts;
+    // Also after its last row: until it is reset, SQLite takes no values for it.
+    bool m_isRunning = false;
     bool m_hasFailed = false;
 };
