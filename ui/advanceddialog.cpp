@@ -3,8 +3,21 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QMoveEvent>
 #include <QScreen>
 #include <QShowEvent>
+
+namespace {
+
+constexpr int placingTime = 500; // milliseconds
+
+// A window manager that wants it elsewhere has its way in the end.
+constexpr int placings = 3;
+
+// The frame, of which nothing is known before it is there, moves the dialog by less than this.
+constexpr int largestFrame = 60; // pixels
+
+} // namespace
 
 AdvancedDialog::AdvancedDialog(QWidget* parent)
     : QDialog(parent)
@@ -20,11 +33,24 @@ void AdvancedDialog::showEvent(QShowEvent* event)
         return;
     QRect area = frameGeometry();
     area.moveCenter(preferredCentre());
-    move(area.topLeft());
+    m_place = area.topLeft();
+    m_placingTime.setRemainingTime(placingTime);
+    m_placingsLeft = placings;
+    move(m_place);
     activateWindow();
     // A dialog that has chosen one of its controls keeps its choice.
     QWidget* chosen = focusWidget();
     (chosen ? chosen : this)->setFocus();
+}
+
+void AdvancedDialog::moveEvent(QMoveEvent* event)
+{
+    QDialog::moveEvent(event);
+    const bool isInPlace = (pos() - m_place).manhattanLength() < largestFrame;
+    if (isInPlace || m_placingsLeft == 0 || m_placingTime.hasExpired())
+        return;
+    --m_placingsLeft;
+    move(m_place);
 }
 
 QPoint AdvancedDialog::preferredCentre() const

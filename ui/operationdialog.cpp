@@ -241,6 +241,8 @@ void OperationDialog::fixSize()
 void OperationDialog::showEvent(QShowEvent* event)
 {
     if (!event->spontaneous()) {
+        // Without a text the label is lower: the dialog would grow with the first status line.
+        m_ui->statusLabel->setMinimumHeight(m_ui->elapsedTimeLabel->sizeHint().height());
         fixSize();
         m_elapsedTimeTimer.start();
     }

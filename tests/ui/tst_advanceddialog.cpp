@@ -4,6 +4,7 @@
 #include <QCursor>
 #include <QGuiApplication>
 #include <QLineEdit>
+#include <QProcess>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <QtTest>
@@ -23,6 +24,14 @@ QPoint center(const QWidget& widget)
     return widget.mapToGlobal(widget.rect().center());
 }
 
+// As somebody else than the program does it.
+void moveFromOutside(const QWidget& window, const QPoint& place)
+{
+    const QStringList arguments{ "windowmove", "--sync", QString::number(window.winId()), QString::number(place.x()),
+        QString::number(place.y()) };
+    QCOMPARE(QProcess::execute("xdotool", arguments), 0);
+}
+
 } // namespace
 
 class AdvancedDialogTest : public QObject
@@ -38,6 +47,10 @@ private slots:
     void isActiveAndHasTheFocus();
     void chosenControlKeepsTheFocus();
     void opensCenteredAgainAfterTheParentMoved();
+    void returnsToItsPlaceWhenMovedAwayWhileItOpens();
+    void growsAtItsPlaceWhenMovedAwayWhileItOpens();
+    void staysWhereItIsMovedOnceItIsOpen();
+    void leavesTheLastWordToTheWindowManager();
 };
 
 void AdvancedDialogTest::hasNoContextHelpButton()
@@ -150,6 +163,83 @@ void AdvancedDialogTest::opensCenteredAgainAfterTheParentMoved()
 
     QVERIFY(QTest::qWaitForWindowActive(&dialog));
     QTRY_VERIFY(isNear(center(dialog), center(parent)));
+}
+
+void AdvancedDialogTest::returnsToItsPlaceWhenMovedAwayWhileItOpens()
+{
+    QWidget parent;
+    parent.setGeometry(300, 200, 900, 700);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(300, 150);
+    dialog.show();
+
+    dialog.move(0, 0);
+
+    QVERIFY(isNear(center(dialog), center(parent)));
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_VERIFY(isNear(center(dialog), center(parent)));
+}
+
+void AdvancedDialogTest::growsAtItsPlaceWhenMovedAwayWhileItOpens()
+{
+    QWidget parent;
+    parent.setGeometry(300, 200, 900, 700);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(300, 150);
+    dialog.show();
+
+    dialog.move(0, 0);
+    dialog.setFixedSize(300, 152);
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QTRY_COMPARE(dialog.height(), 152);
+    QVERIFY(isNear(center(dialog), center(parent)));
+}
+
+void AdvancedDialogTest::staysWhereItIsMovedOnceItIsOpen()
+{
+    QWidget parent;
+    parent.setGeometry(300, 200, 900, 700);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(300, 150);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QPoint place(40, 50);
+
+    // The first moves may come while it still opens.
+    const auto moveAndLook = [&] {
+        moveFromOutside(dialog, place);
+        QCoreApplication::processEvents();
+        return isNear(dialog.pos(), place);
+    };
+    QTRY_VERIFY(moveAndLook());
+
+    // Its next change of size does not bring it back.
+    dialog.setFixedSize(320, 160);
+    QTRY_COMPARE(dialog.height(), 160);
+    QVERIFY(isNear(dialog.pos(), place));
+}
+
+void AdvancedDialogTest::leavesTheLastWordToTheWindowManager()
+{
+    QWidget parent;
+    parent.setGeometry(300, 200, 900, 700);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(300, 150);
+    dialog.show();
+
+    for (int move = 0; move < 4; ++move)
+        dialog.move(0, 0);
+
+    QCOMPARE(dialog.pos(), QPoint(0, 0));
 }
 
 QTEST_MAIN(AdvancedDialogTest)

@@ -33,6 +33,7 @@ private slots:
     void operationThatCannotBeCanceledIgnoresEveryWayOut();
     void operationThatCannotBeCanceledStillFinishes();
     void markupInTextsIsShownAsItIs();
+    void firstStatusLineDoesNotChangeTheSize();
 };
 
 void OperationDialogTest::successReturnsOne()
@@ -450,6 +451,24 @@ void OperationDialogTest::markupInTextsIsShownAsItIs()
         reply.setError("Canceled");
         QTRY_COMPARE(button(dialog)->text(), QString("Finish"));
         button(dialog)->click();
+    });
+}
+
+void OperationDialogTest::firstStatusLineDoesNotChangeTheSize()
+{
+    OperationDialog dialog;
+    OperationReply reply;
+    dialog.setProgressFormat("Files scanned: %v of %m");
+
+    runWhile(dialog, &reply, [&] {
+        const QSize size = dialog.size();
+        reply.setProgress(5, 10);
+        QTRY_COMPARE(status(dialog), QString("Files scanned: 5 of 10"));
+        QCoreApplication::processEvents();
+        // Its layout asks for another size before the dialog takes it.
+        QCOMPARE(dialog.sizeHint(), size);
+        QCOMPARE(dialog.size(), size);
+        reply.finish();
     });
 }
 
