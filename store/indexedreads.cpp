@@ -254,6 +254,16 @@ const RowSet* IndexedReads::matchingRows(const IndexedView& view)
     return &m_viewRows;
 }
 
+// All rows in the view's order; null when the statement has to answer.
+const std::vector<quint32>* IndexedReads::orderOf(const IndexedView& view)
+{
+    const std::vector<quint32>* order = m_index->order(view.sortField);
+    // The index may have given its rows back, which those of the view are.
+    if (order == nullptr)
+        forgetView();
+    return order;
+}
+
 // So many of a filtered view's rows from the first on, or all.
 bool IndexedReads::orderMatchingRows(const IndexedView& view, size_t count)
 {
@@ -267,7 +277,7 @@ bool IndexedReads::orderMatchingRows(const IndexedView& view, size_t count)
     }
     if (m_viewOrder.rows().size() >= std::min(count, size_t(rows->count())))
         return true;
-    const std::vector<quint32>* order = m_index->order(view.sortField);
+    const std::vector<quint32>* order = orderOf(view);
     if (order == nullptr)
         return false;
     m_viewOrder.extend(*order, *rows, count);
@@ -278,7 +288,7 @@ std::optional<std::vector<qint64>> IndexedReads::idsOfPage(const IndexedView& vi
 {
     if (view.isFiltered() && !orderMatchingRows(view, offset + limit))
         return std::nullopt;
-    const std::vector<quint32>* rows = view.isFiltered() ? &m_viewOrder.rows() : m_index->order(view.sortField);
+    const std::vector<quint32>* rows = view.isFiltered() ? &m_viewOrder.rows() : orderOf(view);
     const size_t end = rows == nullptr ? 0 : std::min(offset + limit, rows->size());
     if (rows == nullptr || end > offset + greatestIdsCount)
         return std::nullopt;
@@ -312,11 +322,14 @@ std::optional<QVariant> IndexedReads::readPage(
 // How many rows of the view come before the record, which need not be one of them.
 std::optional<QVariant> IndexedReads::findPlace(const IndexedView& view, qint64 id)
 {
-    const std::vector<quint32>* order = bringUpToDate() ? m_index->order(view.sortField) : nullptr;
-    const RowSet* rows = order != nullptr && view.isFiltered() ? matchingRows(view) : nullptr;
-    // Reading texts may have made the order be forgotten.
-    order = order == nullptr ? nullptr : m_index->order(view.sortField);
-    if (order == nullptr || (view.isFiltered() && rows == nullptr))
+    if (!bringUpToDate())
+        return std::nullopt;
+    const RowSet* rows = view.isFiltered() ? matchingRows(view) : nullptr;
+    if (view.isFiltered() && rows == nullptr)
+        return std::nullopt;
+    // Asked for last: to read texts may make it be forgotten.
+    const std::vector<quint32>* order = orderOf(view);
+    if (order == nullptr)
         return std::nullopt;
     const auto place = std::find(order->begin(), order->end(), quint32(m_index->rowOf(id)));
     if (place == order->end())

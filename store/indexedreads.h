@@ -51,6 +51,7 @@ private:
     void forgetView();
 
     const RowSet* matchingRows(const IndexedView& view);
+    const std::vector<quint32>* orderOf(const IndexedView& view);
     bool orderMatchingRows(const IndexedView& view, size_t count);
     std::optional<std::vector<qint64>> idsOfPage(const IndexedView& view, size_t offset, size_t limit);
     std::optional<QVariant> countRows(const IndexedView& view);

@@ -67,13 +67,20 @@ bool RowIndex::findRows(const IndexedView& view, RowSet& rows)
 
 const std::vector<quint32>* RowIndex::order(const QString& sortField)
 {
-    if (m_isRefused)
+    if (m_isRefused || m_isOrderRefused)
         return nullptr;
-    if (m_sortField != sortField && !readOrder(sortField)) {
+    if (m_sortField == sortField)
+        return &m_order;
+    if (!readOrder(sortField)) {
         refuse();
         return nullptr;
     }
-    return &m_order;
+    if (isWithinLimits())
+        return &m_order;
+    // What the texts find is of use without it.
+    forgetOrder();
+    m_isOrderRefused = true;
+    return nullptr;
 }
 
 std::optional<std::vector<quint32>> RowIndex::sortedRows(const RowSet& rows, const QString& sortField) const
@@ -94,11 +101,19 @@ std::optional<std::vector<quint32>> RowIndex::sortedRows(const RowSet& rows, con
 
 qint64 RowIndex::rowOf(qint64 id) const
 {
-    // Newer rows of the same id come first.
-    for (size_t row = m_ids.size(); row > m_ascendingIds; --row) {
-        if (m_ids[row - 1] == id && m_rows.contains(row - 1))
-            return qint64(row - 1);
+    const qint64 row = ascendingRowOf(id);
+    if (row >= 0)
+        return row;
+    for (size_t added = m_ascendingIds; added < m_ids.size(); ++added) {
+        if (m_ids[added] == id && m_rows.contains(added))
+            return qint64(added);
     }
+    return -1;
+}
+
+// The same among the rows of the pass.
+qint64 RowIndex::ascendingRowOf(qint64 id) const
+{
     if (m_ascendingIds == 0 || id < m_ids.front() || id > m_ids[m_ascendingIds - 1])
         return -1;
     const bool isWithoutGaps = m_ids[m_ascendingIds - 1] - m_ids.front() == m_ascendingIds - 1;
@@ -160,6 +175,7 @@ void RowIndex::clear()
     m_words.clear();
     m_flaggedRows.clear();
     forgetOrder();
+    m_isOrderRefused = false;
 }
 
 void RowIndex::forgetOrder()
@@ -271,7 +287,7 @@ bool RowIndex::readOrder(const QString& sortField)
     if (cursor.hasFailed() || (isFirstPass && !takeIds(m_order)) || !numberOrder())
         return false;
     m_sortField = sortField;
-    return isWithinLimits();
+    return true;
 }
 
 bool RowIndex::takeIds(std::vector<quint32> ids)

@@ -54,7 +54,8 @@ public:
 
     /// The rows of the view; false when it is refused.
     bool findRows(const IndexedView& view, RowSet& rows);
-    /// All rows, ascending by this field and the id; null when it is refused.
+    /// All rows, ascending by this field and the id; null when it is refused. The texts stay when it is for want of
+    /// memory; otherwise no row is known any more.
     const std::vector<quint32>* order(const QString& sortField);
     /// Some of the rows, likewise; nothing when it is quicker to take them out of the order of all rows, or a statement
     /// fails.
@@ -95,6 +96,7 @@ private:
     void beginWords();
     void clear();
 
+    qint64 ascendingRowOf(qint64 id) const;
     const RowSet* flaggedRows(const QString& flagsWhere);
     std::vector<SearchedColumn> columns(const QStringList& fields) const;
 
@@ -113,6 +115,7 @@ private:
     Limits m_limits;
     size_t m_expectedRows = 0;
     bool m_isRefused = false;
+    bool m_isOrderRefused = false;
     bool m_arePathsRefused = false;
 
     // By row number; ascending, but for those of rows that came or changed after the pass.

@@ -63,6 +63,7 @@ private slots:
     void memoryIsGivenBackForAnotherTable();
     void tooLittleMemoryLeavesItToTheStatements();
     void tooLittleMemoryForPathsLeavesTheOtherLookups();
+    void tooLittleMemoryForTheOrderLeavesTheLookups();
     void cheapReadsAreLeftToTheStatements();
 
 private:
@@ -517,6 +518,37 @@ void IndexedReadsTest::tooLittleMemoryForPathsLeavesTheOtherLookups()
     const QStringList withPaths{ "library", "description", "filePath" };
     QVERIFY(!isAnswered(&IndexedReads::getRowsCount, { { "lookup", "a" }, { "lookupFields", withPaths } }));
     QVERIFY(isAnswered(&IndexedReads::getRowsCount, { { "lookup", "b" }, { "lookupFields", fields } }));
+}
+
+void IndexedReadsTest::tooLittleMemoryForTheOrderLeavesTheLookups()
+{
+    constexpr int rows = 20000;
+    insertRows(rows, "Sound ");
+    const QVariantMap view{ { "lookup", "777" }, { "lookupFields", QStringList{ "description" } },
+        { "sortField", "fileName" } };
+    QVERIFY(isAnswered(&IndexedReads::getRowsCount, view));
+    RowIndex::Limits limits;
+    // The texts and the rows of the view, but not four bytes a row.
+    limits.perRow = m_reads->bytes() / rows + 2;
+    limits.besides = 1000;
+    makeReads(limits);
+    QVariantMap page = view;
+    page.insert("limit", 10);
+
+    // The few hits are put in order without that of all rows, a place is not found without it.
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    comparePlace(778, view);
+    QCOMPARE(m_answers, 1);
+    QVERIFY(m_reads->bytes() > 0);
+    page.insert("offset", 10);
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, view);
+    QCOMPARE(m_answers, 3);
+    // Nor is that order tried for each view anew.
+    page.insert("lookup", "sound");
+    compare(runPullMetaData, &IndexedReads::pullMetaData, page);
+    compare(runGetRowsCount, &IndexedReads::getRowsCount, page);
+    QCOMPARE(m_answers, 4);
 }
 
 void IndexedReadsTest::cheapReadsAreLeftToTheStatements()
