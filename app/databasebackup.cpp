@@ -47,6 +47,9 @@ OperationReply* DatabaseBackup::start(const QString& targetFilePath)
     if (DatabaseFiles::isPartOfDatabase(targetFilePath, source))
         return failedReply(
             text(QT_TRANSLATE_NOOP("DatabaseBackup", "The database cannot be its own backup: %1"), targetFilePath));
+    // They would be taken for those of the copy.
+    if (DatabaseFiles::hasCompanions(targetFilePath))
+        return failedReply(text(QT_TRANSLATE_NOOP("DatabaseBackup", "Database file is in use: %1"), targetFilePath));
     m_database.close();
     m_isClosed = true;
     if (DatabaseFiles::hasCompanions(source))

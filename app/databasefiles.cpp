@@ -13,7 +13,9 @@
 
 namespace {
 
-const char* const companionSuffixes[] = { "-journal", "-wal", "-shm" };
+const char* const journalSuffix = "-journal";
+const char* const writeAheadLogSuffix = "-wal";
+const char* const companionSuffixes[] = { journalSuffix, writeAheadLogSuffix, "-shm" };
 
 const QString safetyCopySuffix = QStringLiteral("backup");
 const QString stagingSuffix = QStringLiteral("restoring");
@@ -63,6 +65,16 @@ bool DatabaseFiles::hasCompanions(const QString& databaseFilePath)
         [&](const char* suffix) { return FileSystem::isNameTaken(databaseFilePath + QLatin1String(suffix)); });
 }
 
+QString DatabaseFiles::journalPath(const QString& databaseFilePath)
+{
+    return databaseFilePath + QLatin1String(journalSuffix);
+}
+
+bool DatabaseFiles::hasWriteAheadLog(const QString& databaseFilePath)
+{
+    return FileSystem::isNameTaken(databaseFilePath + QLatin1String(writeAheadLogSuffix));
+}
+
 void DatabaseFiles::remove(const QString& databaseFilePath)
 {
     QFile::remove(databaseFilePath);
@@ -92,6 +104,7 @@ void DatabaseFiles::recoverFromInterruptedRestore(const QString& databaseFilePat
     }
     for (const QString& path : leftovers(database, stagingSuffix))
         remove(path);
-    for (const QString& path : leftovers(database, stagingSuffix + QStringLiteral(R"((-.*|\.[0-9a-f]+\.part))")))
+    const QString unfinished = stagingSuffix + QStringLiteral(R"((-.*|\.[0-9a-f]+\.part(-journal)?))");
+    for (const QString& path : leftovers(database, unfinished))
         QFile::remove(path);
 }

@@ -18,6 +18,10 @@ bool isPartOfDatabase(const QString& path, const Database* database);
 /// Whether SQLite's files stand beside the catalogue: then another program has it open, or changed it and died, and
 /// its file alone is not whole.
 bool hasCompanions(const QString& databaseFilePath);
+/// The journal that SQLite keeps beside a catalogue while it changes it.
+QString journalPath(const QString& databaseFilePath);
+/// Whether a part of what was written is not in the file yet, and cannot be told from it.
+bool hasWriteAheadLog(const QString& databaseFilePath);
 /// Removes a catalogue's file and what SQLite keeps beside it.
 void remove(const QString& databaseFilePath);
 

@@ -40,6 +40,8 @@ OperationReply* DatabaseRestore::start(const QString& sourceFilePath)
     if (DatabaseFiles::isPartOfDatabase(sourceFilePath, m_databaseFilePath))
         return failedReply(text(
             QT_TRANSLATE_NOOP("DatabaseRestore", "The database cannot be restored from itself: %1"), sourceFilePath));
+    if (DatabaseFiles::hasWriteAheadLog(DatabaseFiles::fileBehindLinks(sourceFilePath)))
+        return failedReply(text(QT_TRANSLATE_NOOP("DatabaseRestore", "Database file is in use: %1"), sourceFilePath));
     m_sourceFilePath = sourceFilePath;
     m_database.close();
     m_isClosed = true;
@@ -53,9 +55,11 @@ OperationReply* DatabaseRestore::start(const QString& sourceFilePath)
         return failedReply(
             text(QT_TRANSLATE_NOOP("DatabaseRestore", "Unable to make safety copy: %1"), m_safetyCopyPath));
     // A copy of no catalogue, or of a damaged one, is told about only when the restore ends.
-    return copyFile(
-        sourceFilePath, m_stagingPath, ExistingTarget::Refuse, [damage = m_damage](const QString& filePath) {
-            *damage = damageOfDatabase(filePath);
+    return copyFile(sourceFilePath, m_stagingPath, ExistingTarget::Refuse,
+        [damage = m_damage, sourceFilePath](const QString& filePath) {
+            *damage = rollBackInCopy(sourceFilePath, filePath);
+            if (damage->isEmpty())
+                *damage = damageOfDatabase(filePath);
             return QString();
         });
 }

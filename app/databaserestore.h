@@ -13,7 +13,8 @@ class OperationReply;
 ///
 /// The copy is made beside the database, and its pages are read and it is opened there; then it takes the database's
 /// place in one step. Whatever happens before, a canceled copy, a full disk or a killed program, the previous database
-/// stands where it stood. It is never removed unless the new one is open.
+/// stands where it stood. It is never removed unless the new one is open. A change that was not finished in the source
+/// is rolled back in the copy.
 ///
 /// Errors besides those of `copyFile()`: "The database cannot be restored from itself: %1", "Database file is in use:
 /// %1", "Unable to make safety copy: %1".

@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/app/cataloguefiles.h"
 
+#include "store/sqlitestatement.h"
 #include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+#include <sqlite3.h>
 
 void makeCatalogue(const QString& path, const QString& name, int records)
 {
@@ -35,6 +40,27 @@ void damagePagesOf(const QString& path, const QStringList& names)
         if (page < 2 || !file.seek((page - 1) * size) || file.write(QByteArray(int(size), '\x5a')) != size)
             qFatal("Cannot damage %s", qPrintable(name));
     }
+}
+
+void copyInTheMiddleOfAChange(const QString& path, const QString& copyPath)
+{
+    const QString name = QStringLiteral("change");
+    {
+        QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        connection.setDatabaseName(path);
+        bool isDone = connection.open();
+        QSqlQuery query(connection);
+        for (const char* statement : { "BEGIN", "UPDATE MetaData1 SET filePath='/changed' || filePath" })
+            isDone = isDone && query.exec(QLatin1String(statement));
+        // As when there is no room in memory for what has been changed.
+        isDone = isDone && sqlite3_db_cacheflush(sqliteHandle(connection)) == SQLITE_OK;
+        for (const char* suffix : { "", "-journal" })
+            isDone = isDone && QFile::copy(path + QLatin1String(suffix), copyPath + QLatin1String(suffix));
+        isDone = isDone && query.exec(QStringLiteral("ROLLBACK"));
+        if (!isDone)
+            qFatal("Cannot change %s", qPrintable(path));
+    }
+    QSqlDatabase::removeDatabase(name);
 }
 
 QString catalogueIn(const QString& path)

@@ -12,6 +12,10 @@ void makeCatalogue(const QString& path, const QString& name, int records);
 /// Overwrites the pages of these tables and indexes: the catalogue opens all the same.
 void damagePagesOf(const QString& path, const QStringList& names);
 
+/// Copies a catalogue as a program leaves it that dies within a change of all its records: a part of the change is in
+/// the file, and what it was before is in the journal beside it.
+void copyInTheMiddleOfAChange(const QString& path, const QString& copyPath);
+
 /// What a catalogue file holds: its name, as given to `makeCatalogue()`, when the file is whole in every respect;
 /// "missing" or what is wrong with it otherwise.
 QString catalogueIn(const QString& path);

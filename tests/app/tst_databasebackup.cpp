@@ -34,6 +34,7 @@ private slots:
     void backupOntoTheDatabaseIsRefused_data();
     void backupOntoTheDatabaseIsRefused();
     void backupOfADatabaseInUseIsRefused();
+    void backupBesideTheJournalOfAnotherIsRefused();
     void damagedCatalogueDoesNotReplaceABackup();
     void damagedCatalogueIsCopiedUnderANewName();
     void fullDiskKeepsTheEarlierBackup_data();
@@ -174,6 +175,18 @@ void DatabaseBackupTest::backupOfADatabaseInUseIsRefused()
     QVERIFY(!QFileInfo::exists(target()));
     QVERIFY(QFileInfo::exists(journal));
     QVERIFY(QFile::remove(journal));
+    compareDatabase();
+}
+
+void DatabaseBackupTest::backupBesideTheJournalOfAnotherIsRefused()
+{
+    const QString journal = target() + QLatin1String("-journal");
+    writeFile(journal, "another catalogue's");
+
+    QCOMPARE(backUpTo(target()), QStringLiteral("Database file is in use: ") + target());
+
+    QVERIFY(!QFileInfo::exists(target()));
+    QCOMPARE(contents(journal), QByteArray("another catalogue's"));
     compareDatabase();
 }
 

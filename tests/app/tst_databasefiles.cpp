@@ -142,7 +142,7 @@ void DatabaseFilesTest::unfinishedCopiesAreRemoved()
 {
     writeFile(database(), "catalogue");
     const QString staging = DatabaseFiles::stagingPath(database(), later);
-    for (const char* suffix : { "", "-journal", "-wal", ".0123abcd.part" })
+    for (const char* suffix : { "", "-journal", "-wal", ".0123abcd.part", ".0123abcd.part-journal" })
         writeFile(staging + QLatin1String(suffix), "unfinished");
 
     DatabaseFiles::recoverFromInterruptedRestore(database());

@@ -41,6 +41,9 @@ private slots:
     void fileThatIsNoCatalogueIsRefused();
     void backupWithDamagedPagesIsRefused_data();
     void backupWithDamagedPagesIsRefused();
+    void unfinishedChangeIsRolledBackInTheCopy();
+    void journalThatCannotBeCopiedChangesNothing();
+    void backupWithAWriteAheadLogIsRefused();
     void missingSourceChangesNothing();
     void restoreFromTheDatabaseItselfIsRefused_data();
     void restoreFromTheDatabaseItselfIsRefused();
@@ -210,6 +213,52 @@ void DatabaseRestoreTest::backupWithDamagedPagesIsRefused()
         qPrintable(m_errorText));
     QVERIFY(contents(source) == bytes);
     QCOMPARE(namesIn(m_folder->path()), QStringList({ QFileInfo(source).fileName() }));
+    compareUnchanged();
+}
+
+void DatabaseRestoreTest::unfinishedChangeIsRolledBackInTheCopy()
+{
+    const QString source = path(QStringLiteral("unfinished.dat"));
+    const QString journal = source + QLatin1String("-journal");
+    copyInTheMiddleOfAChange(backupFile(), source);
+    const QByteArray bytes = contents(source);
+    const QByteArray journalBytes = contents(journal);
+    const QString link = path(QStringLiteral("link.dat"));
+    QVERIFY(QFile::link(source, link));
+
+    QCOMPARE(restoreFrom(link), Outcome::Restored);
+
+    compareRestored();
+    QVERIFY(contents(source) == bytes);
+    QVERIFY(contents(journal) == journalBytes);
+    // Without its journal it is not what it was.
+    QVERIFY(QFile::remove(journal));
+    QVERIFY(catalogueIn(source) != QLatin1String("backup"));
+}
+
+void DatabaseRestoreTest::journalThatCannotBeCopiedChangesNothing()
+{
+    const QString source = path(QStringLiteral("unfinished.dat"));
+    const QString journal = source + QLatin1String("-journal");
+    QVERIFY(QFile::copy(backupFile(), source));
+    QVERIFY(QDir().mkdir(journal));
+
+    QCOMPARE(restoreFrom(source), Outcome::Failed);
+
+    QCOMPARE(
+        m_errorText, QStringLiteral("The backup file is damaged: %1\nUnable to copy file: %2").arg(source, journal));
+    compareUnchanged();
+}
+
+void DatabaseRestoreTest::backupWithAWriteAheadLogIsRefused()
+{
+    const QString source = path(QStringLiteral("mine.dat"));
+    QVERIFY(QFile::copy(backupFile(), source));
+    writeFile(source + QLatin1String("-wal"), "another program's");
+
+    QCOMPARE(restoreFrom(source), Outcome::NotCopied);
+
+    QCOMPARE(m_copyError, QStringLiteral("Database file is in use: ") + source);
     compareUnchanged();
 }
 
