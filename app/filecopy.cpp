@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QtConcurrent>
 
@@ -16,6 +17,7 @@ namespace {
 
 constexpr int greatestProgress = std::numeric_limits<int>::max();
 constexpr qint64 unitStep = 1024;
+constexpr int reportInterval = 100; // milliseconds
 
 QString text(const char* pattern, const QString& path)
 {
@@ -86,16 +88,43 @@ public:
 
     void copyFile(const QString& source, const QDir& folder);
     void removeCopiedFiles();
+    /// To be called at last.
+    void reportWarnings();
 
 private:
-    void warn(const char* pattern, const QString& path) { m_reply->addWarning(text(pattern, path)); }
-    void reportProgress() { m_reply->setProgress(m_copiedFiles.size(), m_filesCount); }
+    void warn(const char* pattern, const QString& path);
+    void reportProgress();
 
     OperationReply* const m_reply;
     const int m_filesCount;
     ChunkedCopy m_copy;
     QStringList m_copiedFiles;
+    // Those that were not reported yet, and the time since some were.
+    QStringList m_warnings;
+    QElapsedTimer m_sinceReport;
 };
+
+// Of missing files there may be many thousands a second.
+void FilesCopy::warn(const char* pattern, const QString& path)
+{
+    m_warnings.append(text(pattern, path));
+    if (!m_sinceReport.isValid() || m_sinceReport.hasExpired(reportInterval))
+        reportWarnings();
+}
+
+void FilesCopy::reportWarnings()
+{
+    if (!m_warnings.isEmpty())
+        m_reply->addWarnings(m_warnings);
+    m_warnings.clear();
+    m_sinceReport.start();
+}
+
+void FilesCopy::reportProgress()
+{
+    reportWarnings();
+    m_reply->setProgress(m_copiedFiles.size(), m_filesCount);
+}
 
 void FilesCopy::copyFile(const QString& source, const QDir& folder)
 {
@@ -137,10 +166,12 @@ void runFilesCopy(OperationReply* reply, const QStringList& sources, const QStri
         copy.copyFile(source, QDir(folder));
     }
     if (!reply->isCanceled()) {
+        copy.reportWarnings();
         reply->finish();
         return;
     }
     copy.removeCopiedFiles();
+    copy.reportWarnings();
     reply->setError(QCoreApplication::translate("FileCopy", "Canceled"));
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/metadataexporterdialog.h"
 
+#include "app/operations.h"
 #include "ui/settings.h"
 
 #include <QCheckBox>
@@ -154,6 +155,17 @@ QString MetaDataExporterDialog::filePath() const
     return m_filePathEdit->text();
 }
 
+void MetaDataExporterDialog::accept()
+{
+    const QString path = filePath();
+    const bool isReplacing = path != m_chosenFilePath && QFileInfo(path).isFile();
+    if (isReplacing
+        && !askToProceed(
+            this, windowTitle(), tr("The file exists already: %1").arg(path), tr("Do you want to replace it?")))
+        return;
+    AdvancedDialog::accept();
+}
+
 void MetaDataExporterDialog::updateControls()
 {
     const int checkedCount = checkedFields().size();
@@ -180,5 +192,6 @@ void MetaDataExporterDialog::chooseFile()
         return;
     const QString path = chooser.selectedFiles().first();
     settings.setValue(key, QFileInfo(path).dir().path());
+    m_chosenFilePath = path;
     m_filePathEdit->setText(path);
 }

@@ -29,6 +29,9 @@ public:
     /// Exactly as it stands in the edit.
     QString filePath() const;
 
+    /// Asks first before a file is replaced whose path was typed.
+    void accept() override;
+
 public slots:
     /// The box of all fields follows the others; there is something to do with a file and a field.
     void updateControls();
@@ -46,4 +49,6 @@ private:
     QCheckBox* m_allFieldsBox;
     QLineEdit* m_filePathEdit;
     QDialogButtonBox* m_buttonBox;
+    // As the chooser gave it, which has asked.
+    QString m_chosenFilePath;
 };

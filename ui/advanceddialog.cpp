@@ -7,12 +7,21 @@
 #include <QScreen>
 #include <QShowEvent>
 
+#include <algorithm>
+
 namespace {
 
 constexpr int placingTime = 500; // milliseconds
 
 // A window manager that wants it elsewhere has its way in the end.
 constexpr int placings = 3;
+
+// The nearest place within the other rectangle; where there is no room, the upper left corner is.
+QPoint placeWithin(const QRect& area, const QRect& available)
+{
+    return { std::max(std::min(area.left(), available.right() - area.width() + 1), available.left()),
+        std::max(std::min(area.top(), available.bottom() - area.height() + 1), available.top()) };
+}
 
 // The frame, of which nothing is known before it is there, moves the dialog by less than this.
 constexpr int largestFrame = 60; // pixels
@@ -33,7 +42,9 @@ void AdvancedDialog::showEvent(QShowEvent* event)
         return;
     QRect area = frameGeometry();
     area.moveCenter(preferredCentre());
-    m_place = area.topLeft();
+    // With its title bar on the screen, also over a low window.
+    const QScreen* place = QGuiApplication::screenAt(area.center());
+    m_place = placeWithin(area, (place ? place : screen())->availableGeometry());
     m_placingTime.setRemainingTime(placingTime);
     m_placingsLeft = placings;
     move(m_place);

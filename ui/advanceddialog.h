@@ -18,7 +18,7 @@ public:
     explicit AdvancedDialog(QWidget* parent = nullptr);
 
 protected:
-    /// Centres on the parent, or without one on the screen under the mouse pointer.
+    /// Centres on the parent, or without one on the screen under the mouse pointer, as far as the screen has room.
     void showEvent(QShowEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
 

@@ -4,11 +4,11 @@
 #include "ui_libraryevaluationrulesdialog.h"
 
 #include "ui/lightground.h"
+#include "ui/plaintext.h"
 
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <QPushButton>
-#include <QTextBlock>
 
 namespace {
 
@@ -66,13 +66,9 @@ void LibraryEvaluationRulesDialog::setRules(const QString& rules)
     resetRules();
 }
 
-// By block: as plain text the editor would turn the user's no-break spaces into ordinary ones.
 QString LibraryEvaluationRulesDialog::rules() const
 {
-    QStringList lines;
-    for (QTextBlock block = m_ui->rulesEdit->document()->begin(); block.isValid(); block = block.next())
-        lines.append(block.text());
-    return lines.join(QLatin1Char('\n'));
+    return plainTextOf(*m_ui->rulesEdit->document());
 }
 
 void LibraryEvaluationRulesDialog::resetRules()

@@ -4,8 +4,10 @@
 #include "ui_metadatadialog.h"
 
 #include "store/valuetext.h"
+#include "ui/plaintext.h"
 #include "ui/ratingvalidator.h"
 
+#include <QClipboard>
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QRegularExpression>
@@ -20,9 +22,57 @@ constexpr double greatestRating = 100.0;
 constexpr int sliderStepsPerPoint = 10;
 constexpr QChar zeroWidthSpace(8203);
 
+// A longer word may be wider than its place in the dialog.
+constexpr int longestWord = 30;
+
+bool isReturn(const QKeyEvent* event)
+{
+    return event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+}
+
+// The word with places where its line may end: behind signs that join words, and wherever there is none for long.
+QString wrappingWord(const QString& word)
+{
+    QString wrapping;
+    int length = 0;
+    for (const QChar character : word) {
+        wrapping += character;
+        const bool isJoint = QStringLiteral("_-.,;+").contains(character);
+        if (!character.isHighSurrogate() && (isJoint || ++length >= longestWord)) {
+            wrapping += zeroWidthSpace;
+            length = 0;
+        }
+    }
+    return wrapping;
+}
+
+QString wrappingText(const QString& text)
+{
+    static const QRegularExpression longWord(QStringLiteral(R"([^\s\x{200b}]{%1,})").arg(longestWord + 1));
+    QString wrapping = text;
+    int place = 0;
+    for (QRegularExpressionMatch match = longWord.match(wrapping); match.hasMatch();
+         match = longWord.match(wrapping, place)) {
+        const QString word = wrappingWord(match.captured());
+        wrapping.replace(match.capturedStart(), match.capturedLength(), word);
+        place = match.capturedStart() + word.size();
+    }
+    return wrapping;
+}
+
+// Who copies a value wants it as it is.
+void removeWrappingFrom(QClipboard::Mode mode)
+{
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    const bool isOwn = mode == QClipboard::Selection ? clipboard->ownsSelection() : clipboard->ownsClipboard();
+    QString text = isOwn ? clipboard->text(mode) : QString();
+    if (text.contains(zeroWidthSpace))
+        clipboard->setText(text.remove(zeroWidthSpace), mode);
+}
+
 void setValue(QLabel* label, const QString& text)
 {
-    label->setText(text.isEmpty() ? MetaDataDialog::tr("Undefined") : text);
+    label->setText(text.isEmpty() ? MetaDataDialog::tr("Undefined") : wrappingText(text));
     label->setStyleSheet(text.isEmpty() ? QStringLiteral("QLabel { color: gray }") : QString());
 }
 
@@ -88,6 +138,7 @@ void MetaDataDialog::connectControls()
     connect(m_ui->buttonBox, &QDialogButtonBox::accepted, this, &MetaDataDialog::accept);
     connect(m_ui->buttonBox, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_resetButton, &QAbstractButton::clicked, this, &MetaDataDialog::resetControls);
+    connect(QGuiApplication::clipboard(), &QClipboard::changed, this, &removeWrappingFrom);
 }
 
 void MetaDataDialog::setMetaData(const MetaData& record)
@@ -166,7 +217,7 @@ void MetaDataDialog::setEditorsEnabled(bool enabled)
 
 MetaDataDialog::EditedTexts MetaDataDialog::editedTexts() const
 {
-    return { m_ui->libraryEdit->text(), m_ui->descriptionEdit->toPlainText(), m_ui->ratingEdit->text() };
+    return { m_ui->libraryEdit->text(), plainTextOf(*m_ui->descriptionEdit->document()), m_ui->ratingEdit->text() };
 }
 
 void MetaDataDialog::updateRatingValueEdit(int sliderValue)
@@ -226,12 +277,20 @@ void MetaDataDialog::adjustSize()
 
 bool MetaDataDialog::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == m_ui->descriptionEdit && event->type() == QEvent::KeyPress) {
-        const int key = static_cast<QKeyEvent*>(event)->key();
-        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-            QMetaObject::invokeMethod(m_saveButton, &QAbstractButton::click, Qt::QueuedConnection);
-            return true;
-        }
+    const bool isKey = watched == m_ui->descriptionEdit && event->type() == QEvent::KeyPress;
+    if (isKey && isReturn(static_cast<QKeyEvent*>(event))) {
+        // What was typed last may not have been looked at yet.
+        updateButtonBox();
+        QMetaObject::invokeMethod(m_saveButton, &QAbstractButton::click, Qt::QueuedConnection);
+        return true;
     }
     return AdvancedDialog::eventFilter(watched, event);
+}
+
+void MetaDataDialog::keyPressEvent(QKeyEvent* event)
+{
+    // In the other editors Return presses Save, too.
+    if (isReturn(event))
+        updateButtonBox();
+    AdvancedDialog::keyPressEvent(event);
 }

@@ -48,6 +48,7 @@ public slots:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     // What the editors hold; compared as the editors give it back, since they normalise line ends.

@@ -33,6 +33,7 @@ private slots:
     void fileIsNotCopiedOntoItself();
     void invalidSourceIsSkippedWithAWarning_data();
     void invalidSourceIsSkippedWithAWarning();
+    void warningsOfManyMissingFilesComeTogether();
     void sourceThatIsAFolderIsAWarning();
     void permissionsAreCopied();
     void fullDiskIsAWarningAndLeavesNoPart();
@@ -182,6 +183,23 @@ void FilesCopyTest::invalidSourceIsSkippedWithAWarning()
 
     QVERIFY(!m_reply->hasError());
     QCOMPARE(namesIn(workFolder()), QStringList({ "b.wav" }));
+}
+
+void FilesCopyTest::warningsOfManyMissingFilesComeTogether()
+{
+    QStringList paths;
+    QStringList expected;
+    for (int number = 0; number < 20000; ++number) {
+        paths.append(path(QStringLiteral("missing/%1.wav").arg(number)));
+        expected.append(QStringLiteral("Invalid source file: ") + paths.last());
+    }
+    OperationReply* reply = copyFiles(paths, workFolder());
+    const QSignalSpy warnings(reply, &OperationReply::warnings);
+
+    QVERIFY(warningsOf(reply) == expected);
+
+    // One before the first interval, and one at the end.
+    QVERIFY(warnings.count() <= m_reply->elapsed() / 100 + 2);
 }
 
 void FilesCopyTest::sourceThatIsAFolderIsAWarning()

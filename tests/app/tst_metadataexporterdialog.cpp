@@ -11,6 +11,7 @@
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -69,6 +70,24 @@ void chooseName(QFileDialog& chooser, const QString& name)
     QTest::keyClick(chooser.findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
 }
 
+// Presses "Continue" and answers what is asked then; how often that was.
+int continueAndAnswer(const QWidget& dialog, QMessageBox::StandardButton answer)
+{
+    int questions = 0;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&]() {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (!box || !box->isVisible())
+            return;
+        ++questions;
+        QCOMPARE(box->defaultButton(), box->button(QMessageBox::No));
+        box->button(answer)->click();
+    });
+    timer.start(20);
+    continueButton(dialog)->click();
+    return questions;
+}
+
 } // namespace
 
 class MetaDataExporterDialogTest : public QObject
@@ -89,6 +108,8 @@ private slots:
     void chosenFileIsTakenAndItsFolderKept();
     void chooserThatIsCanceledChangesNothing();
     void returnInThePathContinues();
+    void typedPathOfAFileIsAskedAbout_data();
+    void typedPathOfAFileIsAskedAbout();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -260,6 +281,41 @@ void MetaDataExporterDialogTest::returnInThePathContinues()
     QTest::keyClick(dialog.findChild<QLineEdit*>("filePathEdit"), Qt::Key_Return);
 
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
+}
+
+void MetaDataExporterDialogTest::typedPathOfAFileIsAskedAbout_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("isChosen");
+    QTest::addColumn<bool>("isAgreed");
+    QTest::addColumn<int>("questions");
+    QTest::addColumn<bool>("isAccepted");
+    QTest::newRow("yes") << "sound.wav" << false << true << 1 << true;
+    QTest::newRow("no") << "sound.wav" << false << false << 1 << false;
+    QTest::newRow("new file") << "new.tsv" << false << false << 0 << true;
+    QTest::newRow("chosen") << "new.tsv" << true << false << 0 << true;
+}
+
+void MetaDataExporterDialogTest::typedPathOfAFileIsAskedAbout()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, isChosen);
+    QFETCH(bool, isAgreed);
+    QFETCH(bool, isAccepted);
+    QFile sound(m_folder->filePath("sound.wav"));
+    QVERIFY(sound.open(QIODevice::WriteOnly));
+    MetaDataExporterDialog dialog;
+    dialog.show();
+    setFilePath(dialog, m_folder->filePath(name));
+    if (isChosen) {
+        choose(dialog, [&](QFileDialog& chooser) { chooseName(chooser, m_folder->filePath(name)); });
+        QVERIFY(QFile::copy(sound.fileName(), m_folder->filePath(name)));
+    }
+
+    QTEST(continueAndAnswer(dialog, isAgreed ? QMessageBox::Yes : QMessageBox::No), "questions");
+
+    QCOMPARE(dialog.isVisible(), !isAccepted);
+    QCOMPARE(dialog.result() == QDialog::Accepted, isAccepted);
 }
 
 QTEST_MAIN(MetaDataExporterDialogTest)

@@ -51,6 +51,8 @@ private slots:
     void growsAtItsPlaceWhenMovedAwayWhileItOpens();
     void staysWhereItIsMovedOnceItIsOpen();
     void leavesTheLastWordToTheWindowManager();
+    void staysOnTheScreenOverALowParent_data();
+    void staysOnTheScreenOverALowParent();
 };
 
 void AdvancedDialogTest::hasNoContextHelpButton()
@@ -240,6 +242,37 @@ void AdvancedDialogTest::leavesTheLastWordToTheWindowManager()
         dialog.move(0, 0);
 
     QCOMPARE(dialog.pos(), QPoint(0, 0));
+}
+
+void AdvancedDialogTest::staysOnTheScreenOverALowParent_data()
+{
+    QTest::addColumn<QRect>("parentArea");
+    QTest::addColumn<QSize>("size");
+    const QSize screen = QGuiApplication::primaryScreen()->availableSize();
+    QTest::newRow("at the top") << QRect(300, 10, 700, 100) << QSize(300, 600);
+    QTest::newRow("at the bottom") << QRect(300, screen.height() - 120, 700, 100) << QSize(300, 600);
+    QTest::newRow("at the left") << QRect(10, 300, 100, 300) << QSize(600, 150);
+    QTest::newRow("larger than the screen") << QRect(300, 300, 700, 100) << QSize(300, screen.height() + 200);
+}
+
+void AdvancedDialogTest::staysOnTheScreenOverALowParent()
+{
+    QFETCH(QRect, parentArea);
+    QFETCH(QSize, size);
+    QWidget parent;
+    parent.setGeometry(parentArea);
+    parent.show();
+    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    AdvancedDialog dialog(&parent);
+    dialog.setFixedSize(size);
+
+    dialog.show();
+
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    const QRect available = dialog.screen()->availableGeometry();
+    QTRY_VERIFY(dialog.frameGeometry().top() >= available.top() && dialog.frameGeometry().left() >= available.left());
+    const bool isTooHigh = size.height() > available.height();
+    QVERIFY(isTooHigh || dialog.geometry().bottom() <= available.bottom() + tolerance);
 }
 
 QTEST_MAIN(AdvancedDialogTest)

@@ -56,6 +56,7 @@ private slots:
     void patternsAreGreen();
     void resetBringsTheGivenRulesBack();
     void noBreakSpacesStay();
+    void lineBegunWithShiftAndReturnIsARuleOfItsOwn();
     void saveAsksForNoEvaluation();
     void saveAllAsksForAnEvaluation();
     void flagIsClearedOnShow();
@@ -129,6 +130,16 @@ void LibraryEvaluationRulesDialogTest::noBreakSpacesStay()
     dialog.setRules(rules);
 
     QCOMPARE(dialog.rules(), rules);
+}
+
+void LibraryEvaluationRulesDialogTest::lineBegunWithShiftAndReturnIsARuleOfItsOwn()
+{
+    const LibraryEvaluationRulesDialog dialog;
+    QTest::keyClicks(editor(dialog), "A: a");
+    QTest::keyClick(editor(dialog), Qt::Key_Return, Qt::ShiftModifier);
+    QTest::keyClicks(editor(dialog), "B: b");
+
+    QCOMPARE(dialog.rules(), QString("A: a\nB: b"));
 }
 
 void LibraryEvaluationRulesDialogTest::saveAsksForNoEvaluation()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/metadatadialog.h"
 
+#include <QClipboard>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -76,13 +77,18 @@ private slots:
     void untouchedLineEndsAreNoChange();
     void tabLeavesTheDescription();
     void returnInTheDescriptionSaves();
+    void returnSavesWhatWasTypedJustBefore_data();
+    void returnSavesWhatWasTypedJustBefore();
     void resetPutsEverythingBack();
     void nullRecordShowsNothingToEdit();
     void onlyTheUserFieldsChange();
     void descriptionThatWasNotTouchedKeepsItsLineEnds();
     void noRatingTextIsZero();
     void acceptWithoutChangesDoesNothing();
+    void noBreakSpacesOfTheDescriptionStay();
     void longCommentsScrollInsideTheDialog();
+    void longWordsAreWrapped();
+    void copiedValueIsThatOfTheRecord();
 };
 
 void MetaDataDialogTest::everyFieldIsShown_data()
@@ -269,6 +275,29 @@ void MetaDataDialogTest::returnInTheDescriptionSaves()
     QCOMPARE(dialog.metaData().description(), QString("Heavy rain\non tin roof"));
 }
 
+void MetaDataDialogTest::returnSavesWhatWasTypedJustBefore_data()
+{
+    QTest::addColumn<QByteArray>("editor");
+    QTest::newRow("library") << QByteArray("libraryEdit");
+    QTest::newRow("description") << QByteArray("descriptionEdit");
+    QTest::newRow("rating") << QByteArray("ratingEdit");
+}
+
+void MetaDataDialogTest::returnSavesWhatWasTypedJustBefore()
+{
+    QFETCH(QByteArray, editor);
+    Dialog dialog;
+    dialog.appear();
+    const QSignalSpy accepted(&dialog, &QDialog::accepted);
+    auto* edit = dialog.findChild<QWidget*>(editor);
+    edit->setFocus();
+    QTest::keyClick(edit, Qt::Key_Backspace);
+
+    QTest::keyClick(edit, Qt::Key_Return);
+
+    QTRY_COMPARE(accepted.count(), 1);
+}
+
 void MetaDataDialogTest::resetPutsEverythingBack()
 {
     const Dialog dialog;
@@ -358,6 +387,51 @@ void MetaDataDialogTest::longCommentsScrollInsideTheDialog()
 
     QVERIFY(dialog.height() <= dialog.screen()->availableGeometry().height());
     QVERIFY(dialog.save()->isVisible());
+}
+
+void MetaDataDialogTest::noBreakSpacesOfTheDescriptionStay()
+{
+    MetaData record = fullRecord();
+    record.setDescription(QString("Gare%1: train").arg(QChar(QChar::Nbsp)));
+    Dialog dialog(record);
+    dialog.appear();
+    QTest::keyClicks(dialog.description(), "!");
+
+    dialog.accept();
+
+    QCOMPARE(dialog.metaData().description(), record.description() + '!');
+}
+
+void MetaDataDialogTest::longWordsAreWrapped()
+{
+    MetaData record = fullRecord();
+    record.setFileName(QString("AMB_Station_Platform_").repeated(6) + ".wav");
+    record.setTitle(QString("x").repeated(120));
+    record.setArtist(QString::fromUtf8("\xf0\x9f\x94\x94").repeated(60));
+    Dialog dialog(record);
+    dialog.appear();
+
+    const auto* values = dialog.findChild<QWidget*>("valuesWidget");
+    QTRY_COMPARE(values->width(), values->parentWidget()->width());
+    QCOMPARE(dialog.value("fileName").remove(QChar(8203)), record.fileName());
+    QCOMPARE(dialog.value("title").remove(QChar(8203)), record.title());
+    QCOMPARE(dialog.value("artist").remove(QChar(8203)), record.artist());
+    QCOMPARE(dialog.value("comments"), record.comments());
+}
+
+void MetaDataDialogTest::copiedValueIsThatOfTheRecord()
+{
+    MetaData record = fullRecord();
+    record.setFileName(QString("AMB_Station_Platform_").repeated(6) + ".wav");
+    Dialog dialog(record);
+    dialog.appear();
+    auto* label = dialog.findChild<QLabel*>("fileNameValue");
+    label->setSelection(0, label->text().size());
+    QVERIFY(label->selectedText().contains(QChar(8203)));
+
+    QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
+
+    QTRY_COMPARE(QGuiApplication::clipboard()->text(), record.fileName());
 }
 
 QTEST_MAIN(MetaDataDialogTest)
