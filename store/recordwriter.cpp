@@ -17,20 +17,6 @@
 
 namespace {
 
-const QString updateStatement = QStringLiteral(
-    "UPDATE %1 SET filePath=:filePath, fileName=:fileName, fileType=:fileType, library=:library, "
-    "description=:description, duration=:duration, rating=:rating, sampleRate=:sampleRate, "
-    "channelsCount=:channelsCount, bitsPerSample=:bitsPerSample, originReference=:originReference, artist=:artist, "
-    "title=:title, album=:album, comments=:comments, genre=:genre, year=:year, bitrate=:bitrate, "
-    "playlist=:playlist WHERE id=:id");
-
-const QString insertStatement = QStringLiteral(
-    "INSERT INTO %1 (filePath, fileName, fileType, library, description, duration, rating, sampleRate, "
-    "channelsCount, bitsPerSample, originReference, artist, title, album, comments, genre, year, bitrate, playlist, "
-    "scanTimestamp) VALUES (:filePath, :fileName, :fileType, :library, :description, :duration, :rating, "
-    ":sampleRate, :channelsCount, :bitsPerSample, :originReference, :artist, :title, :album, :comments, :genre, "
-    ":year, :bitrate, :playlist, :scanTimestamp)");
-
 const QString findStatement = QStringLiteral("SELECT id FROM %1 WHERE filePath=:filePath");
 
 const QString idPlace = QStringLiteral(":id");
@@ -52,8 +38,11 @@ std::vector<BoundField> buildBoundFields()
 {
     std::vector<BoundField> fields;
     for (const QString& name : allFieldNames()) {
-        if (name != QLatin1String("id") && name != QLatin1String("scanTimestamp"))
-            fields.push_back({ QLatin1Char(':') + name, findMetaDataField(name) });
+        if (name == QLatin1String("id") || name == QLatin1String("scanTimestamp"))
+            continue;
+        const MetaDataField* field = findMetaDataField(name);
+        Q_ASSERT(field != nullptr);
+        fields.push_back({ QLatin1Char(':') + name, field });
     }
     return fields;
 }
@@ -83,12 +72,30 @@ const QString& comparisonStatement()
     return statement;
 }
 
+QString assignments()
+{
+    return eachField(QStringLiteral("%1=:%1"), QStringLiteral(", "));
+}
+
+const QString& insertStatement()
+{
+    static const QString statement = QStringLiteral("INSERT INTO %1 (")
+        + eachField(QStringLiteral("%1"), QStringLiteral(", ")) + QStringLiteral(", scanTimestamp) VALUES (")
+        + eachField(QStringLiteral(":%1"), QStringLiteral(", ")) + QStringLiteral(", :scanTimestamp)");
+    return statement;
+}
+
+const QString& updateStatement()
+{
+    static const QString statement = QStringLiteral("UPDATE %1 SET ") + assignments() + QStringLiteral(" WHERE id=:id");
+    return statement;
+}
+
 // The update and the touch in one, so that no index is written twice.
 const QString& rescanStatement()
 {
-    static const QString statement
-        = QStringLiteral("UPDATE %1 SET %2, scanTimestamp=:scanTimestamp WHERE id=:id")
-              .arg(QStringLiteral("%1"), eachField(QStringLiteral("%1=:%1"), QStringLiteral(", ")));
+    static const QString statement = QStringLiteral("UPDATE %1 SET ") + assignments()
+        + QStringLiteral(", scanTimestamp=:scanTimestamp WHERE id=:id");
     return statement;
 }
 
@@ -249,7 +256,7 @@ bool RecordWriter::compareWithRow(const MetaData& item, KnownRow& row)
 
 bool RecordWriter::insert(const MetaData& item)
 {
-    prepare(m_insert, insertStatement);
+    prepare(m_insert, insertStatement());
     bindFields(m_insert, item);
     m_insert.bindValue(scanTimestampPlace, m_scanTimestamp);
     return execute(m_insert);
@@ -257,7 +264,7 @@ bool RecordWriter::insert(const MetaData& item)
 
 bool RecordWriter::update(const MetaData& item, qint64 id)
 {
-    prepare(m_update, updateStatement);
+    prepare(m_update, updateStatement());
     bindFields(m_update, item);
     m_update.bindValue(idPlace, id);
     return execute(m_update);
