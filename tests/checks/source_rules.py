@@ -14,7 +14,7 @@ ARROWS = {
     "audio": set(),
     "scan": {"store", "audio"},
     "browse": {"store"},
-    "ui": {"store", "browse"},
+    "ui": {"store"},
     "resources": set(),
     "app": {"store", "scan", "browse", "audio", "ui", "resources"},
 }
