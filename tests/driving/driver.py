@@ -12,6 +12,7 @@ import subprocess
 import time
 
 import pyatspi
+from gi.repository import GLib
 
 PATIENCE = 40.0
 SCALE = float(os.environ.get("QT_SCALE_FACTOR", "1"))  # accessibility counts in unscaled pixels, the X server does not
@@ -23,11 +24,15 @@ def wait_for(what, condition, patience=PATIENCE):
     """The first true value of condition(); fails naming what was waited for."""
     end = time.monotonic() + patience
     while True:
-        value = condition()
+        value = fault = None
+        try:
+            value = condition()
+        except (GLib.Error, LookupError) as error:  # objects vanish while they are looked at: look again
+            fault = error
         if value:
             return value
         if time.monotonic() > end:
-            raise AssertionError("waited in vain for " + what)
+            raise AssertionError("waited in vain for " + what) from fault
         time.sleep(0.05)
 
 
@@ -187,14 +192,10 @@ class Program:
 
     def look_for(self, role, name):
         """A visible object whose role and name match these patterns, or None."""
-        try:
-            for accessible in self.objects():
-                if (re.fullmatch(role, accessible.getRoleName()) and re.fullmatch(name, accessible.name or "")
-                        and accessible.getState().contains(pyatspi.STATE_SHOWING)):
-                    return Widget(accessible)
-        except Exception as error:  # objects vanish while they are walked: look again
-            if "atspi_error" not in str(error) and "GLib.GError" not in repr(type(error)):
-                return None
+        for accessible in self.objects():
+            if (re.fullmatch(role, accessible.getRoleName()) and re.fullmatch(name, accessible.name or "")
+                    and accessible.getState().contains(pyatspi.STATE_SHOWING)):
+                return Widget(accessible)
         return None
 
     def find(self, role, name, patience=PATIENCE):
