@@ -61,7 +61,7 @@ void AboutDialogTest::formHasItsTexts()
 
     QCOMPARE(dialog.windowTitle(), QString("About Vellumcast"));
     QCOMPARE(dialog.findChild<QLabel*>("versionLabel")->text(), QString("Version:"));
-    QCOMPARE(dialog.findChild<QLabel*>("versionValue")->text(), QString("1.1.4"));
+    QCOMPARE(dialog.findChild<QLabel*>("versionValue")->text(), QString(VELLUMCAST_VERSION));
     QCOMPARE(dialog.findChild<QLabel*>("mailLabel")->text(), QString("EMail:"));
     QCOMPARE(dialog.findChild<QLabel*>("phoneLabel")->text(), QString("Phone:"));
     QCOMPARE(dialog.findChild<QLabel*>("homeLabel")->text(), QString("Home:"));
