@@ -18,7 +18,6 @@ public:
 
     /// Device-independent pixels; a section is never lower.
     void setMinimumSectionHeight(int height) { m_minimumSectionHeight = height; }
-    int minimumSectionHeight() const { return m_minimumSectionHeight; }
     /// Device-independent pixels around a section's title.
     void setCellMargins(const QMargins& margins) { m_cellMargins = margins; }
     QMargins cellMargins() const { return m_cellMargins; }

@@ -9,7 +9,6 @@
 
 #include <QAudioOutput>
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTemporaryDir>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "ui/pixmapwidget.h"
 
-#include <QElapsedTimer>
 #include <QImage>
 #include <QPainter>
 #include <QtTest>
