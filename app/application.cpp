@@ -65,6 +65,8 @@ int runApplication(int& argc, char** argv)
     const QApplication application(argc, argv);
     initialiseResources();
     QApplication::setWindowIcon(applicationIcon());
+    // The menu entry beside the installed program; some desktops take a window's name and icon from there.
+    QGuiApplication::setDesktopFileName(QStringLiteral("vellumcast"));
     SingleInstance instance;
     if (!instance.claim(QLatin1String(instanceName)))
         return failureCode;
