@@ -2,6 +2,7 @@
 #include "app/application.h"
 
 #include "app/mainwindow.h"
+#include "app/screenscale.h"
 #include "app/singleinstance.h"
 #include "app/terminationsignals.h"
 #include "resources/resources.h"
@@ -16,20 +17,13 @@
 
 #include <algorithm>
 #include <memory>
+#include <vector>
 
 namespace {
 
 constexpr int failureCode = 1;
 constexpr double smallestReadableFont = 10.0; // points
 const char instanceName[] = "Vellumcast";
-
-// Both must be said before the application object exists.
-void enableSharpScaling()
-{
-    QApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
-    QApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-}
 
 QIcon applicationIcon()
 {
@@ -61,8 +55,11 @@ int runMainWindow()
 
 int runApplication(int& argc, char** argv)
 {
-    enableSharpScaling();
+    // The application takes out what it understands.
+    const std::vector<char*> arguments(argv, argv + argc + 1);
+    ScreenScale::enable();
     const QApplication application(argc, argv);
+    ScreenScale::makeWhole(arguments.data());
     initialiseResources();
     QApplication::setWindowIcon(applicationIcon());
     // The menu entry beside the installed program; some desktops take a window's name and icon from there.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/application.h"
 
+#include "app/screenscale.h"
 #include "tests/app/program.h"
 #include "tests/scan/soundfiles.h"
 #include "tests/support/storefixture.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFile>
+#include <QScreen>
 #include <QSettings>
 #include <QtTest>
 
@@ -42,6 +44,7 @@ private slots:
     void fontIsRaisedToTenPoints_data();
     void fontIsRaisedToTenPoints();
     void linksAreReadableOnADarkPalette();
+    void screenWithoutAWholeFactorIsDrawnWithOne();
     void endsWithZeroWhenItsWindowIsClosed();
     void endsWithZeroOnTerminationSignals_data();
     void endsWithZeroOnTerminationSignals();
@@ -102,6 +105,25 @@ void ApplicationTest::linksAreReadableOnADarkPalette()
     QApplication::setPalette(before);
     lightenLinksOnDarkPalette();
     QCOMPARE(QApplication::palette().color(QPalette::Link), before.color(QPalette::Link));
+}
+
+void ApplicationTest::screenWithoutAWholeFactorIsDrawnWithOne()
+{
+    // This program does not scale, and sees the resolution as it is.
+    constexpr double usualResolution = 96; // dots an inch
+    QVERIFY(ScreenScale::isAlmostWhole(QGuiApplication::primaryScreen()->logicalDotsPerInchX() / usualResolution));
+    const UserFolders user;
+    user.acceptDisclaimer();
+    Program program(user, { QStringLiteral("one"), QStringLiteral("two words") });
+    QVERIFY(program.waitForWindow(mainTitle));
+
+    const QString processFolder = QStringLiteral("/proc/%1/").arg(program.process().processId());
+    QVERIFY(contents(processFolder + QLatin1String("environ")).contains("QT_SCALE_FACTOR_ROUNDING_POLICY=Round"));
+    QVERIFY(contents(processFolder + QLatin1String("cmdline")).endsWith(QByteArray("one\0two words\0", 14)));
+
+    program.press(QStringLiteral("ctrl+q"));
+    QVERIFY(program.waitForEnd());
+    QCOMPARE(program.exitCode(), 0);
 }
 
 void ApplicationTest::endsWithZeroWhenItsWindowIsClosed()
