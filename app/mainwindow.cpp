@@ -6,6 +6,7 @@
 #include "app/commandguard.h"
 #include "app/databasefiles.h"
 #include "app/databasesession.h"
+#include "app/operations.h"
 #include "audio/audioplayer.h"
 #include "browse/metadatamodel.h"
 #include "ui/settings.h"
@@ -166,19 +167,36 @@ void MainWindow::createDatabase()
 
 void MainWindow::openDatabase()
 {
+    bool isGivenUp = false;
     while (!database()->open()) {
-        qCritical().noquote() << database()->lastError();
-        if (!askToReinitialiseDatabase())
+        // Without an error the application quits, and nothing is known of the file.
+        if (database()->lastError().isEmpty())
             return;
-        if (!moveDatabaseToBackup(database()->databaseFilePath())) {
-            QMessageBox box(QMessageBox::Critical, tr("Database Error"),
-                tr("Unable to move the existing database file into the folder \"Backup\". Nothing was changed."),
-                QMessageBox::Ok, this);
-            box.setTextFormat(Qt::PlainText);
-            box.exec();
-            return;
+        const bool isLocked = database()->isLockedByAnother();
+        // What was wrong may have passed while the user was asked: only a file that fails once more is moved.
+        if (isGivenUp && !isLocked) {
+            if (!moveDatabaseAway())
+                return;
+            isGivenUp = false;
+            continue;
         }
+        qCritical().noquote() << database()->lastError();
+        if (!(isLocked ? askToTryAgain() : askToReinitialiseDatabase()))
+            return;
+        isGivenUp = !isLocked;
     }
+}
+
+bool MainWindow::askToTryAgain()
+{
+    QMessageBox box(QMessageBox::Critical, tr("Database Error"), tr("The database is in use by another program."),
+        QMessageBox::Retry | QMessageBox::Cancel, this);
+    box.setTextFormat(Qt::PlainText);
+    box.setInformativeText(tr("%1\n\nClose the other program, or wait until it is done, and try again. Nothing was "
+                              "changed.")
+                               .arg(database()->lastError()));
+    box.setDefaultButton(QMessageBox::Retry);
+    return box.exec() == QMessageBox::Retry;
 }
 
 bool MainWindow::askToReinitialiseDatabase()
@@ -193,6 +211,15 @@ bool MainWindow::askToReinitialiseDatabase()
                               "files."));
     box.setDefaultButton(QMessageBox::No);
     return box.exec() == QMessageBox::Yes;
+}
+
+bool MainWindow::moveDatabaseAway()
+{
+    if (moveDatabaseToBackup(database()->databaseFilePath()))
+        return true;
+    showFailure(this, tr("Database Error"),
+        tr("Unable to move the existing database file into the folder \"Backup\". Nothing was changed."));
+    return false;
 }
 
 void MainWindow::connectDatabase()

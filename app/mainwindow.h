@@ -130,7 +130,9 @@ private:
     void setUpState();
     void createDatabase();
     void openDatabase();
+    bool askToTryAgain();
     bool askToReinitialiseDatabase();
+    bool moveDatabaseAway();
     void connectDatabase();
     void connectView();
     void connectPlayback();

@@ -26,33 +26,42 @@ const QString tableDisplayNamesKey = QStringLiteral("tableDisplayNames");
 
 constexpr int threadPollInterval = 50; // milliseconds
 
-// Why the file cannot be read for the moment; empty when it can, or is damaged. What another program has locked is not
-// to be taken for damaged: the user would be asked to begin anew.
-QString lockFailure(const QSqlDatabase& connection)
+// Why a store cannot be opened.
+struct OpenFailure
+{
+    // Empty when there is none.
+    QString text;
+    bool isLock = false;
+};
+
+// What keeps the file from being read for the moment. What another program has locked is not to be taken for damaged:
+// the user would be asked to begin anew.
+OpenFailure lockFailure(const QSqlDatabase& connection)
 {
     constexpr int busy = 5; // SQLITE_BUSY
     QSqlQuery query(connection);
     if (query.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master")))
-        return QString();
-    const bool isBusy = (query.lastError().nativeErrorCode().toInt() & 0xff) == busy;
-    return isBusy ? query.lastError().text() : QString();
+        return {};
+    if ((query.lastError().nativeErrorCode().toInt() & 0xff) != busy)
+        return {};
+    return { Database::tr("Can't open database: %1").arg(query.lastError().text()), true };
 }
 
-// The text of the failure; empty when the connection is ready for use. An existing file is never repaired or extended.
-QString setUpConnection(QSqlDatabase& connection, bool fileExisted)
+// Nothing when the connection is ready for use. An existing file is never repaired or extended.
+OpenFailure setUpConnection(QSqlDatabase& connection, bool fileExisted)
 {
     if (!connection.open())
-        return Database::tr("Can't open database: %1").arg(connection.lastError().text());
-    const QString lock = fileExisted ? lockFailure(connection) : QString();
-    if (!lock.isEmpty())
-        return Database::tr("Can't open database: %1").arg(lock);
+        return { Database::tr("Can't open database: %1").arg(connection.lastError().text()) };
+    OpenFailure lock = fileExisted ? lockFailure(connection) : OpenFailure();
+    if (!lock.text.isEmpty())
+        return lock;
     if (fileExisted && !hasValidSchema(connection))
-        return Database::tr("Invalid database structure");
+        return { Database::tr("Invalid database structure") };
     // Before the installation, so that a new file gets the page size.
     applyPragmas(connection);
     if (!fileExisted && !installSchema(connection))
-        return Database::tr("Database installation failed");
-    return QString();
+        return { Database::tr("Database installation failed") };
+    return {};
 }
 
 } // namespace
@@ -93,6 +102,12 @@ QString Database::lastError() const
     return m_lastError;
 }
 
+bool Database::isLockedByAnother() const
+{
+    const QMutexLocker locker(&m_mutex);
+    return m_isLockedByAnother;
+}
+
 QString Database::tableDisplayName(int tableId) const
 {
     const QMutexLocker locker(&m_mutex);
@@ -111,6 +126,11 @@ bool Database::open()
     if (isOpened()) {
         qWarning("Database is already opened");
         return false;
+    }
+    {
+        const QMutexLocker locker(&m_mutex);
+        m_lastError.clear();
+        m_isLockedByAnother = false;
     }
     auto* reply = new OperationReply;
     QMetaObject::invokeMethod(this, "open", Qt::QueuedConnection, Q_ARG(OperationReply*, reply));
@@ -148,21 +168,17 @@ void Database::open(OperationReply* reply)
 // The text of the failure; empty when the store is open.
 QString Database::openConnection()
 {
-    {
-        const QMutexLocker locker(&m_mutex);
-        m_lastError.clear();
-    }
     if (m_databaseFilePath.isEmpty())
         return tr("Database file is not specified");
     const QFileInfo file(m_databaseFilePath);
     file.dir().mkpath(QStringLiteral("."));
     const bool existed = file.exists();
-    QString failure;
+    OpenFailure failure;
     {
         QSqlDatabase connection = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connectionName);
         connection.setDatabaseName(m_databaseFilePath);
         failure = setUpConnection(connection, existed);
-        if (failure.isEmpty()) {
+        if (failure.text.isEmpty()) {
             m_indexedReads = std::make_unique<IndexedReads>(connection);
             const QMutexLocker locker(&m_mutex);
             m_connection = connection;
@@ -172,7 +188,9 @@ QString Database::openConnection()
     }
     // At once: the file may be renamed and a new one opened in its place.
     QSqlDatabase::removeDatabase(connectionName);
-    return failure;
+    const QMutexLocker locker(&m_mutex);
+    m_isLockedByAnother = failure.isLock;
+    return failure.text;
 }
 
 void Database::close()

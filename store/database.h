@@ -46,8 +46,11 @@ public:
 
     bool isOpened() const;
     QString databaseFilePath() const;
-    /// Text of the last failed synchronous `open()`, empty after a success.
+    /// Text of the last failed synchronous `open()`, empty after a success and when the application quit before the
+    /// outcome was known.
     QString lastError() const;
+    /// True when that `open()` found the file locked by another program: it may be whole, and open once that is done.
+    bool isLockedByAnother() const;
     /// The name that the user gave to a table, or "Table%1".
     QString tableDisplayName(int tableId) const;
     /// The stored names, index 0 for table 1; may be shorter than fifteen, entries may be empty.
@@ -136,6 +139,7 @@ private:
     QSqlDatabase m_connection;
     QStringList m_tableDisplayNames;
     QString m_lastError;
+    bool m_isLockedByAnother = false;
     bool m_opened = false;
     // Requested, but not begun: they have to be answered when the thread ends before their turn.
     QList<QPointer<OperationReply>> m_pendingReplies;

@@ -3,6 +3,7 @@
 
 #include "app/screenscale.h"
 #include "tests/app/program.h"
+#include "tests/scan/sidelock.h"
 #include "tests/scan/soundfiles.h"
 #include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
@@ -65,6 +66,8 @@ private slots:
     void acceptedReinitialisationKeepsTheOldFile_data();
     void acceptedReinitialisationKeepsTheOldFile();
     void unmovableFileEndsTheQuestions();
+    void lockedDatabaseIsOpenedOnceItIsFree();
+    void lockedDatabaseThatIsGivenUpEndsTheProgram();
     void newDatabaseInAReadOnlyFolderIsAskedAbout();
     void databaseInAReadOnlyFolderIsShown();
 };
@@ -436,6 +439,44 @@ void ApplicationTest::unmovableFileEndsTheQuestions()
     QVERIFY(program.waitForEnd());
     QCOMPARE(program.exitCode(), 1);
     QCOMPARE(contents(databaseFile(user)), damage);
+}
+
+void ApplicationTest::lockedDatabaseIsOpenedOnceItIsFree()
+{
+    const UserFolders user;
+    user.acceptDisclaimer();
+    TestSupport::makeEmptyDatabase(databaseFile(user));
+    auto lock = std::make_unique<SideLock>(databaseFile(user), SideLock::Kind::Exclusive);
+    Program program(user);
+    QVERIFY(program.waitForWindow(questionTitle));
+
+    lock.reset();
+    // The button that Return presses unless another is chosen: once more.
+    program.press(QStringLiteral("Return"));
+
+    QVERIFY(program.waitForWindow(mainTitle));
+    QVERIFY(!QDir(user.dataFolder()).exists(QStringLiteral("Backup")));
+}
+
+void ApplicationTest::lockedDatabaseThatIsGivenUpEndsTheProgram()
+{
+    const UserFolders user;
+    user.acceptDisclaimer();
+    TestSupport::makeEmptyDatabase(databaseFile(user));
+    const QByteArray before = contents(databaseFile(user));
+    auto lock = std::make_unique<SideLock>(databaseFile(user), SideLock::Kind::Exclusive);
+    Program program(user);
+    QVERIFY(program.waitForWindow(questionTitle));
+
+    program.press(QStringLiteral("Escape"));
+
+    QVERIFY(program.waitForEnd());
+    QCOMPARE(program.exitCode(), 1);
+    lock.reset();
+    QCOMPARE(contents(databaseFile(user)), before);
+    QVERIFY(!QDir(user.dataFolder()).exists(QStringLiteral("Backup")));
+    QVERIFY2(
+        program.log().startsWith(QLatin1String("Can't open database: database is locked")), qPrintable(program.log()));
 }
 
 void ApplicationTest::newDatabaseInAReadOnlyFolderIsAskedAbout()

@@ -11,11 +11,9 @@
 #include "ui/settings.h"
 #include "ui/warrantydisclaimerdialog.h"
 
-#include <QDir>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSettings>
 #include <QSqlDatabase>
@@ -89,9 +87,6 @@ private slots:
     void rejectedDisclaimerQuits();
     void windowThatEndsAtOnceAsksNothing_data();
     void windowThatEndsAtOnceAsksNothing();
-    void damagedDatabaseIsAskedAbout();
-    void declinedQuestionLeavesTheDatabaseClosed();
-    void acceptedQuestionMovesTheFileAway();
 };
 
 void MainWindowTest::countersAreEmptyUntilTheCountIsKnown()
@@ -434,69 +429,6 @@ void MainWindowTest::windowThatEndsAtOnceAsksNothing()
     window.reset();
 
     QVERIFY(!isAsked);
-}
-
-void MainWindowTest::damagedDatabaseIsAskedAbout()
-{
-    WindowFixture fixture;
-    TestSupport::writeFile(fixture.databaseFile(), "damaged");
-    const TestSupport::MessageRecorder log;
-    QStringList texts;
-    whenModal<QMessageBox>(QCoreApplication::instance(), [&texts](QMessageBox& box) {
-        texts = QStringList({ box.windowTitle(), box.text(), box.informativeText(), box.defaultButton()->text() });
-        QCOMPARE(box.icon(), QMessageBox::Critical);
-        QCOMPARE(box.textFormat(), Qt::PlainText);
-        QCOMPARE(box.standardButtons(), QMessageBox::Yes | QMessageBox::No);
-        box.button(QMessageBox::No)->click();
-    });
-
-    fixture.build();
-
-    QCOMPARE(texts.value(0), QStringLiteral("Database Error"));
-    QCOMPARE(texts.value(1),
-        QStringLiteral("Unable to open existing database file.\nDo you want to re-initialize database?"));
-    QCOMPARE(texts.value(2),
-        QStringLiteral("This operation will create new empty database file and all your previously entered information "
-                       "will be erased.\n\nIf you have created a backup of your database please restore it after "
-                       "completing this operation, otherwise you will have to re-scan your files."));
-    QVERIFY2(texts.value(3).contains(QStringLiteral("No")), qPrintable(texts.value(3)));
-    // What the store said is kept beside the question.
-    QCOMPARE(log.messages(QtCriticalMsg).size(), 1);
-}
-
-void MainWindowTest::declinedQuestionLeavesTheDatabaseClosed()
-{
-    WindowFixture fixture;
-    TestSupport::writeFile(fixture.databaseFile(), "damaged");
-    const TestSupport::MessageRecorder log;
-    whenModal<QMessageBox>(
-        QCoreApplication::instance(), [](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Escape); });
-
-    MainWindow& window = fixture.build();
-
-    QVERIFY(!window.isDatabaseOpened());
-    QCOMPARE(QFileInfo(fixture.databaseFile()).size(), qint64(7));
-    QVERIFY(!QDir(fixture.dataFile(QStringLiteral("Backup"))).exists());
-}
-
-void MainWindowTest::acceptedQuestionMovesTheFileAway()
-{
-    WindowFixture fixture;
-    execute(fixture, QStringLiteral("DROP TABLE MetaData15"));
-    const TestSupport::MessageRecorder log;
-    whenModal<QMessageBox>(
-        QCoreApplication::instance(), [](QMessageBox& box) { box.button(QMessageBox::Yes)->click(); });
-
-    MainWindow& window = fixture.build();
-
-    QVERIFY(window.isDatabaseOpened());
-    QTRY_COMPARE(fixture.counters(), found(0));
-    QCOMPARE(log.messages(QtCriticalMsg), QStringList(QStringLiteral("Invalid database structure")));
-    const QDir backup(fixture.dataFile(QStringLiteral("Backup")));
-    const QString folder = backup.entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
-    const QString moved = backup.filePath(folder + QStringLiteral("/VellumcastDB.dat"));
-    const QString count = QStringLiteral("SELECT COUNT(*) FROM MetaData1");
-    QCOMPARE(TestSupport::firstValue(moved, count).toInt(), sampleRows);
 }
 
 QTEST_MAIN(MainWindowTest)

@@ -4,6 +4,23 @@
 #include <QSqlError>
 #include <QUuid>
 
+namespace {
+
+QString lockingStatement(SideLock::Kind kind)
+{
+    switch (kind) {
+    case SideLock::Kind::Exclusive:
+        return QStringLiteral("BEGIN EXCLUSIVE");
+    case SideLock::Kind::Writing:
+        return QStringLiteral("BEGIN IMMEDIATE");
+    default:
+        // A statement whose rows are not all fetched keeps its shared lock.
+        return QStringLiteral("SELECT name FROM sqlite_master");
+    }
+}
+
+} // namespace
+
 SideLock::SideLock(const QString& databaseFilePath, Kind kind)
     : m_connection(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QUuid::createUuid().toString()))
 {
@@ -12,10 +29,7 @@ SideLock::SideLock(const QString& databaseFilePath, Kind kind)
         qFatal("Cannot open a second connection: %s", qPrintable(m_connection.lastError().text()));
     m_query.emplace(m_connection);
     m_query->setForwardOnly(true);
-    // A statement whose rows are not all fetched keeps its shared lock.
-    const QString statement
-        = kind == Kind::Writing ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("SELECT name FROM sqlite_master");
-    if (!m_query->exec(statement) || (kind == Kind::Reading && !m_query->next()))
+    if (!m_query->exec(lockingStatement(kind)) || (kind == Kind::Reading && !m_query->next()))
         qFatal("Cannot lock the database: %s", qPrintable(m_query->lastError().text()));
 }
 

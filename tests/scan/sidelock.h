@@ -18,7 +18,9 @@ public:
         /// Others may read and begin to write, but not commit.
         Reading,
         /// Others may read, but not write.
-        Writing
+        Writing,
+        /// Others may not even read.
+        Exclusive
     };
 
     SideLock(const QString& databaseFilePath, Kind kind);

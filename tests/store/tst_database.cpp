@@ -53,6 +53,7 @@ private slots:
     void textFileInPlaceOfTheFileIsRefused();
     void emptyFileIsRefused();
     void lockedFileIsNotTakenForDamaged();
+    void damagedFileIsNotTakenForLocked();
     void fileWithoutATableIsRefusedAndUnchanged_data();
     void fileWithoutATableIsRefusedAndUnchanged();
     void failedInstallationIsReported();
@@ -178,7 +179,19 @@ void DatabaseTest::lockedFileIsNotTakenForDamaged()
     }
     const QString error = store.database().lastError();
     QVERIFY2(error.startsWith(QLatin1String("Can't open database: ")), qPrintable(error));
+    QVERIFY(store.database().isLockedByAnother());
     QVERIFY(store.database().open());
+    QVERIFY(!store.database().isLockedByAnother());
+}
+
+void DatabaseTest::damagedFileIsNotTakenForLocked()
+{
+    StoreFixture store;
+    TestSupport::writeFile(store.filePath(), "no database");
+
+    QVERIFY(!store.database().open());
+
+    QVERIFY(!store.database().isLockedByAnother());
 }
 
 void DatabaseTest::emptyFileIsRefused()
