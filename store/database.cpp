@@ -233,7 +233,9 @@ void Database::closeFromOtherThread()
         closing->release();
     };
     QMetaObject::invokeMethod(this, closeAndQuit, Qt::QueuedConnection);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    // A thread that ended before the loop was connected to it does not say so again.
+    if (thread()->isRunning())
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
     // The loop ends before the call when the application quits or the store's thread ends.
     while (!closing->tryAcquire(1, threadPollInterval)) {
         if (!thread()->isRunning()) {

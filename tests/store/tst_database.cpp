@@ -67,6 +67,7 @@ private slots:
     void closingReleasesTheConnection();
     void closesFromTwoThreadsBothReturn();
     void closeWorksAfterTheThreadHasEnded();
+    void closeReturnsWhenTheThreadEndsAtThatMoment();
     void storeIsDestroyedAfterItsThreadHasEnded();
     void storeMayLiveInTheCallersThread();
     void destroyingAnOpenStoreStopsTheWarmUp();
@@ -398,6 +399,25 @@ void DatabaseTest::closeWorksAfterTheThreadHasEnded()
     QTRY_COMPARE(closed.count(), 1);
     QVERIFY(!QSqlDatabase::contains(connectionName));
     QCOMPARE(recorder.messages(), QStringList());
+}
+
+// The thread takes a while to end: the later rounds close a little later, so that some meet each step of its ending.
+void DatabaseTest::closeReturnsWhenTheThreadEndsAtThatMoment()
+{
+    StoreFixture store;
+    prepareFile(store.filePath(), QString());
+    for (int round = 0; round < 500; ++round) {
+        store.thread().start();
+        QVERIFY(store.database().open());
+        std::atomic<int> delay{ round * 50 };
+
+        store.thread().quit();
+        while (--delay > 0) { }
+        store.database().close();
+
+        QVERIFY(!store.database().isOpened());
+        QVERIFY(store.thread().wait());
+    }
 }
 
 void DatabaseTest::storeIsDestroyedAfterItsThreadHasEnded()
