@@ -34,17 +34,20 @@ struct OpenFailure
     bool isLock = false;
 };
 
-// What keeps the file from being read for the moment. What another program has locked is not to be taken for damaged:
-// the user would be asked to begin anew.
-OpenFailure lockFailure(const QSqlDatabase& connection)
+// What keeps the file from being read, be it whole or not. What is no database, or a damaged one, lacks its tables.
+// What another program has locked is told apart: the user would be asked to begin anew.
+OpenFailure readFailure(const QSqlDatabase& connection)
 {
     constexpr int busy = 5; // SQLITE_BUSY
+    constexpr int corrupt = 11; // SQLITE_CORRUPT
+    constexpr int notADatabase = 26; // SQLITE_NOTADB
     QSqlQuery query(connection);
     if (query.exec(QStringLiteral("SELECT COUNT(*) FROM sqlite_master")))
         return {};
-    if ((query.lastError().nativeErrorCode().toInt() & 0xff) != busy)
+    const int code = query.lastError().nativeErrorCode().toInt() & 0xff;
+    if (code == corrupt || code == notADatabase)
         return {};
-    return { Database::tr("Can't open database: %1").arg(query.lastError().text()), true };
+    return { Database::tr("Can't open database: %1").arg(query.lastError().text()), code == busy };
 }
 
 // Nothing when the connection is ready for use. An existing file is never repaired or extended.
@@ -52,9 +55,9 @@ OpenFailure setUpConnection(QSqlDatabase& connection, bool fileExisted)
 {
     if (!connection.open())
         return { Database::tr("Can't open database: %1").arg(connection.lastError().text()) };
-    OpenFailure lock = fileExisted ? lockFailure(connection) : OpenFailure();
-    if (!lock.text.isEmpty())
-        return lock;
+    OpenFailure failure = fileExisted ? readFailure(connection) : OpenFailure();
+    if (!failure.text.isEmpty())
+        return failure;
     if (fileExisted && !hasValidSchema(connection))
         return { Database::tr("Invalid database structure") };
     // Before the installation, so that a new file gets the page size.

@@ -54,6 +54,7 @@ private slots:
     void emptyFileIsRefused();
     void lockedFileIsNotTakenForDamaged();
     void damagedFileIsNotTakenForLocked();
+    void fileThatCannotBeReadIsNotTakenForDamaged();
     void fileWithoutATableIsRefusedAndUnchanged_data();
     void fileWithoutATableIsRefusedAndUnchanged();
     void failedInstallationIsReported();
@@ -163,8 +164,7 @@ void DatabaseTest::textFileInPlaceOfTheFileIsRefused()
 
     QVERIFY(!store.database().open());
 
-    const QString error = store.database().lastError();
-    QVERIFY2(error == "Invalid database structure" || error.startsWith("Can't open database: "), qPrintable(error));
+    QCOMPARE(store.database().lastError(), QStringLiteral("Invalid database structure"));
     QCOMPARE(contentsOf(store.filePath()), contents);
 }
 
@@ -193,6 +193,23 @@ void DatabaseTest::damagedFileIsNotTakenForLocked()
     QVERIFY(!store.database().open());
 
     QVERIFY(!store.database().isLockedByAnother());
+}
+
+// A folder in the place of the journal keeps SQLite from reading even a whole file.
+void DatabaseTest::fileThatCannotBeReadIsNotTakenForDamaged()
+{
+    StoreFixture store;
+    TestSupport::makeEmptyDatabase(store.filePath());
+    const QString obstacle = store.filePath() + "-journal";
+    QVERIFY(QDir().mkpath(obstacle));
+
+    QVERIFY(!store.database().open());
+
+    const QString error = store.database().lastError();
+    QVERIFY2(error.startsWith("Can't open database: disk I/O error"), qPrintable(error));
+    QVERIFY(!store.database().isLockedByAnother());
+    QVERIFY(QDir().rmdir(obstacle));
+    QVERIFY(store.database().open());
 }
 
 void DatabaseTest::emptyFileIsRefused()
