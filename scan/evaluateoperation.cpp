@@ -32,8 +32,10 @@ private:
 bool Evaluation::changeRows()
 {
     QSqlQuery update(connection());
-    // A statement that cannot be prepared fails at its first execution, with its error text.
-    update.prepare(QStringLiteral("UPDATE %1 SET library=:library WHERE id=:id").arg(metaDataTableName(tableId())));
+    // Its first execution would fail as well, but with another error in the place of the reason.
+    if (!update.prepare(
+            QStringLiteral("UPDATE %1 SET library=:library WHERE id=:id").arg(metaDataTableName(tableId()))))
+        return fail(tr("Unable to update MetaData: %1").arg(update.lastError().text()));
     do {
         QVector<RowBatches::Row> rows;
         if (!readBatch(QStringLiteral("id, fileName, library"), rows) || !evaluateBatch(update, rows))

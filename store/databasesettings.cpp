@@ -24,9 +24,10 @@ enum class KeyState
 KeyState lookUpKey(const QSqlDatabase& connection, const QString& key)
 {
     QSqlQuery query(connection);
-    query.prepare(QString::fromLatin1(selectKey));
+    const bool isPrepared = query.prepare(QString::fromLatin1(selectKey));
     query.bindValue(QStringLiteral(":key"), key);
-    if (!query.exec()) {
+    // To execute what could not be prepared would put another error in the place of the reason.
+    if (!isPrepared || !query.exec()) {
         qCritical().noquote() << "Unable to check Settings value:" << query.lastError().text();
         return KeyState::Unknown;
     }
@@ -51,10 +52,10 @@ bool writeSettingsValue(const QSqlDatabase& connection, const QString& key, cons
     if (state == KeyState::Unknown)
         return false;
     QSqlQuery query(connection);
-    query.prepare(QString::fromLatin1(state == KeyState::Present ? updateValue : insertValue));
+    const bool isPrepared = query.prepare(QString::fromLatin1(state == KeyState::Present ? updateValue : insertValue));
     query.bindValue(QStringLiteral(":key"), key);
     query.bindValue(QStringLiteral(":value"), value);
-    if (query.exec())
+    if (isPrepared && query.exec())
         return true;
     qCritical().noquote() << "Unable to write Settings value:" << query.lastError().text();
     return false;

@@ -59,6 +59,15 @@ QString composePrecedence(const QString& sortField, const QVariantMap& parameter
         .arg(sortField, isAscending ? QStringLiteral("<") : QStringLiteral(">"));
 }
 
+// With the values that tell the record's place; `sortField` is empty where its id does.
+bool executeForRecord(QSqlQuery& query, const MetaData& record, const QString& sortField)
+{
+    query.bindValue(QStringLiteral(":id"), record.id());
+    if (!sortField.isEmpty())
+        query.bindValue(QStringLiteral(":sortFieldTerminator"), record.toVariantMap().value(sortField));
+    return query.exec();
+}
+
 } // namespace
 
 void runGetRowsCount(const QSqlDatabase& connection, OperationReply* reply, int tableId, const QVariantMap& parameters)
@@ -116,12 +125,11 @@ void runLookupMetaDataRow(const QSqlDatabase& connection, OperationReply* reply,
 
     QSqlQuery query(connection);
     query.setForwardOnly(true);
-    query.prepare(QLatin1String("SELECT COUNT(*) FROM ") + metaDataTableName(tableId) + composeWhere(conditions));
-    query.bindValue(QStringLiteral(":id"), record.id());
-    if (isSorted)
-        query.bindValue(QStringLiteral(":sortFieldTerminator"), record.toVariantMap().value(sortField));
+    const QString statement
+        = QLatin1String("SELECT COUNT(*) FROM ") + metaDataTableName(tableId) + composeWhere(conditions);
     const QString fault = lookupFault(parameters);
-    if (!fault.isEmpty() || !query.exec()) {
+    if (!fault.isEmpty() || !query.prepare(statement)
+        || !executeForRecord(query, record, isSorted ? sortField : QString())) {
         reply->setError(ReadOperations::tr("Unable to find MetaData: %1").arg(fault + query.lastError().text()));
         return;
     }

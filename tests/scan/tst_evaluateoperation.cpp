@@ -51,6 +51,7 @@ private slots:
     void missingTableIsReported();
     void beginFailureIsReported();
     void failedUpdateIsReportedAndRolledBack();
+    void updateThatCannotBePreparedIsReported();
     void failedCommitIsReportedAndTheNextRunWorks();
     void closedStoreIsReported();
 
@@ -237,6 +238,21 @@ void EvaluateOperationTest::failedUpdateIsReportedAndRolledBack()
     QCOMPARE(libraries().count(QStringLiteral("Mine")), 60);
     QCOMPARE(m_store->execute(QStringLiteral("DROP TRIGGER refuse")), QString());
     QVERIFY(!evaluate(QStringLiteral("All: take"))->hasError());
+}
+
+void EvaluateOperationTest::updateThatCannotBePreparedIsReported()
+{
+    m_store->insert(tableId, numberedRecords(3, QStringLiteral("Mine")));
+    QCOMPARE(m_store->execute(QStringLiteral("CREATE TRIGGER lost BEFORE UPDATE OF library ON MetaData2 "
+                                             "BEGIN DELETE FROM nowhere; END")),
+        QString());
+
+    const auto reply = evaluate(QStringLiteral("All: take"));
+
+    QVERIFY2(reply->errorString().startsWith(QLatin1String("Unable to update MetaData: no such table: main.nowhere")),
+        qPrintable(reply->errorString()));
+    QCOMPARE(m_store->execute(QStringLiteral("DROP TRIGGER lost")), QString());
+    QCOMPARE(libraries().count(QStringLiteral("Mine")), 3);
 }
 
 void EvaluateOperationTest::failedCommitIsReportedAndTheNextRunWorks()

@@ -20,6 +20,7 @@ private slots:
     void valueIsInsertedThenUpdated();
     void failedCheckIsLogged();
     void failedWriteIsLogged();
+    void writeThatCannotBePreparedIsLogged();
     void tablesHaveDefaultNames();
     void numbersOutsideTheTablesHaveDefaultNames();
     void storedNamesAreRead();
@@ -66,7 +67,8 @@ void DatabaseTableNamesTest::failedCheckIsLogged()
 
     const QStringList messages = recorder.messages(QtCriticalMsg);
     QCOMPARE(messages.size(), 1);
-    QVERIFY2(messages.first().startsWith("Unable to check Settings value: "), qPrintable(messages.first()));
+    QVERIFY2(messages.first().startsWith("Unable to check Settings value: no such table: Settings"),
+        qPrintable(messages.first()));
 }
 
 void DatabaseTableNamesTest::failedWriteIsLogged()
@@ -81,6 +83,21 @@ void DatabaseTableNamesTest::failedWriteIsLogged()
 
     QCOMPARE(recorder.messages(QtCriticalMsg).filter("Unable to write Settings value: ").size(), 2);
     QCOMPARE(readSettingsValue(fixture.connection(), "old"), QByteArray("value"));
+}
+
+void DatabaseTableNamesTest::writeThatCannotBePreparedIsLogged()
+{
+    const ConnectionFixture fixture;
+    QCOMPARE(fixture.execute("DROP TABLE Settings"), QString());
+    QCOMPARE(fixture.execute("CREATE VIEW Settings AS SELECT 'key' AS key, 'old' AS value"), QString());
+    const MessageRecorder recorder;
+
+    QVERIFY(!writeSettingsValue(fixture.connection(), "key", "new"));
+
+    const QStringList messages = recorder.messages(QtCriticalMsg);
+    QCOMPARE(messages.size(), 1);
+    QVERIFY2(messages.first().startsWith("Unable to write Settings value: cannot modify Settings"),
+        qPrintable(messages.first()));
 }
 
 void DatabaseTableNamesTest::tablesHaveDefaultNames()

@@ -104,6 +104,7 @@ private slots:
     void unsortedRowIsCountedById();
     void unknownRecordHasNoRow();
     void rowFailureIsReported();
+    void rowFailureTellsWhatIsWrongWithTheStatement();
     void otherSortOrderCountsDownwards();
     void pageQueriesUseTheirIndex_data();
     void pageQueriesUseTheirIndex();
@@ -442,6 +443,14 @@ void ReadOperationsTest::rowFailureIsReported()
 
     QVERIFY2(reply->errorString().startsWith(frame), qPrintable(reply->errorString()));
     QVERIFY(reply->errorString().size() > frame.size());
+}
+
+void ReadOperationsTest::rowFailureTellsWhatIsWrongWithTheStatement()
+{
+    const Reply reply = lookupRow(1, lookup("x", { "nowhere" }));
+
+    QVERIFY2(reply->errorString().startsWith("Unable to find MetaData: no such column: nowhere"),
+        qPrintable(reply->errorString()));
 }
 
 void ReadOperationsTest::otherSortOrderCountsDownwards()
