@@ -205,6 +205,7 @@ void MetaDataTest::settingAFieldMakesANullRecordOne()
 
 void MetaDataTest::changingACopyLeavesTheOriginal()
 {
+    static_assert(sizeof(MetaData) == sizeof(void*), "a copy is a pointer to what it shares");
     MetaData original;
     original.setTitle("before");
     MetaData copy = original;
