@@ -18,23 +18,12 @@ constexpr int smallestBatch = 50;
 constexpr int largestBatch = 10000;
 constexpr int batchesOfTable = 10;
 
-QVariantMap onlyFilters(const QVariantMap& parameters)
-{
-    QVariantMap filters;
-    for (const char* name : { "lastScannedOnly", "playlistOnly", "lookup", "lookupFields" }) {
-        const QString key = QLatin1String(name);
-        if (parameters.contains(key))
-            filters.insert(key, parameters.value(key));
-    }
-    return filters;
-}
-
 } // namespace
 
 RowBatches::RowBatches(const QSqlDatabase& connection, int tableId, const QVariantMap& parameters)
     : m_connection(connection)
     , m_tableId(tableId)
-    , m_filters(onlyFilters(parameters))
+    , m_filters(filterParameters(parameters))
     , m_lastId(std::numeric_limits<qint64>::min())
 {
 }

@@ -95,6 +95,17 @@ QString lookupFault(const QVariantMap& parameters)
         : QString();
 }
 
+QVariantMap filterParameters(const QVariantMap& parameters)
+{
+    QVariantMap filters;
+    for (const char* name : { "lastScannedOnly", "playlistOnly", "lookup", "lookupFields" }) {
+        const QString key = QLatin1String(name);
+        if (parameters.contains(key))
+            filters.insert(key, parameters.value(key));
+    }
+    return filters;
+}
+
 QStringList composeConditions(int tableId, const QVariantMap& parameters)
 {
     QStringList conditions;

@@ -31,6 +31,9 @@ QVector<LookupTerm> lookupTerms(const QVariantMap& parameters);
 /// what follows is mostly no statement, but may be one of another meaning.
 QString lookupFault(const QVariantMap& parameters);
 
+/// Of the parameters those that select rows, without what orders and pages them.
+QVariantMap filterParameters(const QVariantMap& parameters);
+
 /// The conditions of the parameters, to be joined with " AND ".
 QStringList composeConditions(int tableId, const QVariantMap& parameters);
 

@@ -19,19 +19,6 @@ struct ReadOperations
     Q_DECLARE_TR_FUNCTIONS(Database)
 };
 
-// What selects rows, without what orders and pages them.
-QVariantMap filterParameters(const QVariantMap& parameters)
-{
-    const QStringList keys{ QStringLiteral("lastScannedOnly"), QStringLiteral("playlistOnly"), QStringLiteral("lookup"),
-        QStringLiteral("lookupFields") };
-    QVariantMap filter;
-    for (const QString& key : keys) {
-        if (parameters.contains(key))
-            filter.insert(key, parameters.value(key));
-    }
-    return filter;
-}
-
 QVariantList readColumn(QSqlQuery& query, const QString& fieldName)
 {
     const int index = query.record().indexOf(fieldName);

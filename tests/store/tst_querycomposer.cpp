@@ -24,6 +24,7 @@ private slots:
     void ranges_data();
     void ranges();
     void conditionsComeInOrder();
+    void filterIsWhatSelectsRows();
 };
 
 void QueryComposerTest::tableNames()
@@ -166,6 +167,18 @@ void QueryComposerTest::conditionsComeInOrder()
     QCOMPARE(composeConditions(2, parameters), expected);
     QCOMPARE(composeWhere(expected), " WHERE " + expected.join(" AND "));
     QCOMPARE(composeWhere({}), QString());
+}
+
+void QueryComposerTest::filterIsWhatSelectsRows()
+{
+    const QVariantMap filter{ { "lastScannedOnly", true }, { "playlistOnly", false }, { "lookup", "kick" },
+        { "lookupFields", twoFields } };
+    QVariantMap parameters = filter;
+    for (const char* other : { "sortField", "sortOrder", "limit", "offset", "singleField" })
+        parameters.insert(other, 1);
+
+    QCOMPARE(filterParameters(parameters), filter);
+    QCOMPARE(filterParameters({ { "sortOrder", 1 } }), QVariantMap());
 }
 
 QTEST_GUILESS_MAIN(QueryComposerTest)
