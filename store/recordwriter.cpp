@@ -194,9 +194,9 @@ MetaDataList RecordWriter::finish(const std::function<bool()>& isCanceled)
     if (!m_unchangedRows->touch(m_scanTimestamp, isCanceled) && !isCanceled())
         m_finishError = m_isTransactionLost ? m_errorText : QString::fromUtf8(sqlite3_errmsg(m_handle));
     MetaDataList failedItems;
-    for (const qint64 id : m_unchangedRows->failedIds()) {
-        noteFailure();
-        failedItems.append(failed(fetchMetaData(m_connection, m_tableId, id)));
+    for (const UnchangedRows::Failure& failure : m_unchangedRows->failures()) {
+        noteFailure(failure.isConstraint);
+        failedItems.append(failed(fetchMetaData(m_connection, m_tableId, failure.id)));
     }
     return failedItems;
 }
@@ -300,17 +300,16 @@ bool RecordWriter::execute(QSqlQuery& query)
 {
     if (query.exec())
         return true;
-    if (query.lastError().nativeErrorCode() == constraintErrorCode)
-        m_errorText = QCoreApplication::translate("Database", "Database constraint violation");
-    else
-        noteFailure();
+    noteFailure(query.lastError().nativeErrorCode() == constraintErrorCode);
     return false;
 }
 
-void RecordWriter::noteFailure()
+void RecordWriter::noteFailure(bool isConstraint)
 {
-    m_errorText = unknownErrorText();
-    // A full disk makes SQLite end the transaction by itself; what was written now would stay for good.
+    m_errorText
+        = isConstraint ? QCoreApplication::translate("Database", "Database constraint violation") : unknownErrorText();
+    // A full disk, or a trigger that rolls back, makes SQLite end the transaction by itself; what was written now would
+    // stay for good.
     m_isTransactionLost = m_wasInTransaction && !isTransactionActive(m_connection);
 }
 

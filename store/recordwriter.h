@@ -30,8 +30,9 @@ public:
 
     /// Returns the records that could not be written, each with its error text set; may be called again and again.
     MetaDataList write(const MetaDataList& items);
-    /// Gives the time stamp to the rows that were found unchanged; to be called once, after the last record. Returns
-    /// those that could not be given it, as above. Without `lookupByFilePath` there are none.
+    /// Gives the time stamp to the rows that were found unchanged; to be called once, after the last record. A time
+    /// stamp that is refused is reported: the records of such rows are returned, as above. Without `lookupByFilePath`
+    /// there are none.
     MetaDataList finish(const std::function<bool()>& isCanceled = []() { return false; });
     /// SQLite's text of a failure of `finish()` as a whole, else empty. After one, and when `finish()` was canceled on
     /// the way, the transaction must be rolled back.
@@ -58,7 +59,7 @@ private:
     bool writeByFilePath(const MetaData& item);
     bool rescan(const MetaData& item, qint64 id);
     bool execute(QSqlQuery& query);
-    void noteFailure();
+    void noteFailure(bool isConstraint);
 
     QSqlDatabase m_connection;
     int m_tableId;

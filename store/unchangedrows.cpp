@@ -67,7 +67,7 @@ bool UnchangedRows::touchEach(qint64 scanTimestamp, const std::function<bool()>&
             touch.emplace(m_handle, statement).bind(1, scanTimestamp);
         touch->bind(2, m_ids[left - 1]);
         if (touch->run() < 0) {
-            m_failedIds.push_back(m_ids[left - 1]);
+            m_failures.push_back({ m_ids[left - 1], (sqlite3_errcode(m_handle) & 0xff) == SQLITE_CONSTRAINT });
             touch.reset();
         }
     }

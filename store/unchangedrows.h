@@ -16,14 +16,21 @@ struct sqlite3;
 class UnchangedRows final
 {
 public:
+    /// A row that was refused the time stamp, for a constraint (a trigger's refusal is one) or for another reason.
+    struct Failure
+    {
+        qint64 id;
+        bool isConstraint;
+    };
+
     UnchangedRows(sqlite3* handle, const QString& tableName);
 
     void add(qint64 id) { m_ids.push_back(id); }
-    /// Gives all of them the time stamp, in ms since the epoch (UTC), save those of `failedIds()`. False when SQLite
+    /// Gives all of them the time stamp, in ms since the epoch (UTC), save those of `failures()`. False when SQLite
     /// gave up the transaction or an index could not be made anew, and when it was canceled on the way: the transaction
     /// must then be rolled back. It opens none; without one, each row is written for itself.
     bool touch(qint64 scanTimestamp, const std::function<bool()>& isCanceled);
-    const std::vector<qint64>& failedIds() const { return m_failedIds; }
+    const std::vector<Failure>& failures() const { return m_failures; }
 
 private:
     bool isTransactionLost() const;
@@ -34,5 +41,5 @@ private:
     QString m_tableName;
     bool m_isInTransaction;
     std::vector<qint64> m_ids;
-    std::vector<qint64> m_failedIds;
+    std::vector<Failure> m_failures;
 };

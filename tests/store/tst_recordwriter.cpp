@@ -62,6 +62,7 @@ private slots:
     void brokenTableIsAnUnknownError();
     void writerOpensNoTransaction();
     void nothingIsWrittenAfterTheTransactionIsLost();
+    void nothingIsWrittenAfterATriggerHasRolledBack();
 
 private:
     MetaDataList write(const MetaDataList& items, qint64 scanTimestamp = laterScan, bool lookupByFilePath = false)
@@ -161,7 +162,7 @@ void RecordWriterTest::recordThatCannotBeTouchedIsReturned()
 
     QCOMPARE(failedItems.size(), 1);
     QCOMPARE(failedItems.first().filePath(), fullRecord().filePath());
-    QCOMPARE(failedItems.first().error(), QStringLiteral("Unknown database error"));
+    QCOMPARE(failedItems.first().error(), QStringLiteral("Database constraint violation"));
     QCOMPARE(stored(1).scanTimestamp(), earlierScan);
     QCOMPARE(stored(2).scanTimestamp(), laterScan);
 }
@@ -325,6 +326,21 @@ void RecordWriterTest::writerOpensNoTransaction()
     QCOMPARE(m_fixture->execute("ROLLBACK"), QString());
 
     QCOMPARE(rowsCount(), 1);
+}
+
+// To SQLite that is a violated constraint.
+void RecordWriterTest::nothingIsWrittenAfterATriggerHasRolledBack()
+{
+    QCOMPARE(m_fixture->execute("CREATE TRIGGER refuse BEFORE INSERT ON MetaData2 WHEN NEW.filePath='/b.wav' BEGIN "
+                                "SELECT RAISE(ROLLBACK, 'refused'); END"),
+        QString());
+    QCOMPARE(m_fixture->execute("BEGIN TRANSACTION"), QString());
+
+    const MetaDataList failedItems = write({ sampleRecord("/a.wav"), sampleRecord("/b.wav"), sampleRecord("/c.wav") });
+
+    QCOMPARE(failedItems.size(), 2);
+    QCOMPARE(failedItems.last().error(), QStringLiteral("Database constraint violation"));
+    QCOMPARE(rowsCount(), 0);
 }
 
 // SQLite gives up the transaction when the disk is full; what is written then would stay although the operation fails.
