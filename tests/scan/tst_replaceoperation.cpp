@@ -2,12 +2,16 @@
 #include "scan/replaceoperation.h"
 
 #include "scan/storeoperations.h"
+#include "store/sqlitestatement.h"
 #include "tests/scan/operationrecorder.h"
 #include "tests/scan/sidelock.h"
 #include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
 
+#include <QSqlDatabase>
 #include <QtTest>
+
+#include <sqlite3.h>
 
 using TestSupport::await;
 using TestSupport::StoreFixture;
@@ -35,6 +39,23 @@ MetaDataList numberedRecords(int count, const QString& description)
 QVariantMap lookup(const QString& text, const QString& field)
 {
     return { { QStringLiteral("lookup"), text }, { QStringLiteral("lookupFields"), QStringList{ field } } };
+}
+
+// Only to read a record as a whole takes this column.
+int refuseScanTimestamp(void* /*unused*/, int action, const char*, const char* column, const char*, const char*)
+{
+    return action == SQLITE_READ && qstrcmp(column, "scanTimestamp") == 0 ? SQLITE_DENY : SQLITE_OK;
+}
+
+// Has SQLite ask it about each statement that the store prepares; null lets all pass again.
+void setAuthorizer(
+    StoreFixture& store, int (*authorizer)(void*, int, const char*, const char*, const char*, const char*))
+{
+    const auto set = [authorizer]() {
+        const QSqlDatabase connection = QSqlDatabase::database(QStringLiteral("MetaDatabase"), false);
+        sqlite3_set_authorizer(sqliteHandle(connection), authorizer, nullptr);
+    };
+    QMetaObject::invokeMethod(&store.database(), set, Qt::BlockingQueuedConnection);
 }
 
 } // namespace
@@ -72,6 +93,7 @@ private slots:
     void beginFailureIsReported();
     void writerElsewhereIsReportedOnce();
     void failedCommitIsReportedAndTheNextRunWorks();
+    void rowThatCannotBeReadIsLeftAlone();
     void closedStoreIsReported();
 
 private:
@@ -514,6 +536,27 @@ void ReplaceOperationTest::failedCommitIsReportedAndTheNextRunWorks()
     QVERIFY(!replace({ "description" }, "drum", "perc")->hasError());
 
     QCOMPARE(descriptions().count(QStringLiteral("perc")), 3);
+}
+
+// Its rating is no number, so it is read as a whole before it is written. Without what is stored there is nothing to
+// write, and that is told, not a constraint that the lack of it would violate.
+void ReplaceOperationTest::rowThatCannotBeReadIsLeftAlone()
+{
+    m_store->insert(tableId, { recordOf(QStringLiteral("/drum.wav"), QStringLiteral("drum"), QStringLiteral("Mine")) });
+    QCOMPARE(m_store->execute(QStringLiteral("UPDATE MetaData4 SET rating='good'")), QString());
+    const QString rows = QStringLiteral("SELECT filePath || description || library || rating FROM MetaData4");
+    const QVariantList before = TestSupport::firstColumn(m_store->filePath(), rows);
+    setAuthorizer(*m_store, refuseScanTimestamp);
+    OperationReply* running
+        = m_store->database().replace(tableId, { "filePath", "description" }, "drum", "perc", Qt::CaseSensitive, {});
+    OperationRecorder recorder(running);
+
+    const auto reply = await(running);
+
+    setAuthorizer(*m_store, nullptr);
+    QVERIFY(!reply->hasError());
+    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Unknown database error: /perc.wav" });
+    QCOMPARE(TestSupport::firstColumn(m_store->filePath(), rows), before);
 }
 
 void ReplaceOperationTest::closedStoreIsReported()
