@@ -60,6 +60,7 @@ private slots:
     void declinedQuestionLeavesTheDatabaseClosed();
     void acceptedQuestionMovesTheFileAway();
     void acceptedQuestionLeavesAFileThatOpensByThen();
+    void quittingAfterTheAnswerMovesNothing();
     void lockedDatabaseIsOpenedOnceItIsFree();
     void lockedDatabaseThatIsGivenUpStaysWhereItIs();
     void databaseLockedDuringTheQuestionIsNotMovedAway();
@@ -141,6 +142,29 @@ void MainWindowOpeningTest::acceptedQuestionLeavesAFileThatOpensByThen()
     fixture.build();
 
     QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    QVERIFY(!hasBackupFolder(fixture));
+}
+
+void MainWindowOpeningTest::quittingAfterTheAnswerMovesNothing()
+{
+    WindowFixture fixture;
+    TestSupport::writeFile(fixture.databaseFile(), "damaged");
+    const TestSupport::MessageRecorder log;
+    const auto quitNext = [] {
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit, Qt::QueuedConnection);
+    };
+    whenAskedToReinitialise([quitNext](QMessageBox& box) {
+        quitNext();
+        box.button(QMessageBox::Yes)->click();
+    });
+
+    const MainWindow& window = fixture.build();
+    // Takes the quitting back.
+    quitNext();
+    QApplication::exec();
+
+    QVERIFY(!window.isDatabaseOpened());
+    QVERIFY(QFileInfo::exists(fixture.databaseFile()));
     QVERIFY(!hasBackupFolder(fixture));
 }
 
