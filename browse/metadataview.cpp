@@ -416,8 +416,8 @@ void MetaDataView::startDrag(Qt::DropActions /*supportedActions*/)
 
 void MetaDataView::mouseMoveEvent(QMouseEvent* event)
 {
-    // The drag is only not ready yet: the base would take the movement for a selection.
-    if (!m_rowsDrag->isFetching())
+    // It is a drag that has not begun: the base would take the movement for a selection.
+    if (!m_rowsDrag->isHeldBack())
         AdvancedItemView::mouseMoveEvent(event);
 }
 

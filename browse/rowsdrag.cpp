@@ -55,7 +55,10 @@ void RowsDrag::begin(const QVector<int>& rows)
         return;
     const bool areAtHand = std::all_of(rows.begin(), rows.end(), [this](int row) { return m_model->isRowFresh(row); });
     if (!areAtHand) {
-        fetch(rows);
+        // Of another query than the one on screen, these rows would be other files.
+        m_isRefused = !m_model->isQueryShown() || m_model->isRequeryPending();
+        if (!m_isRefused)
+            fetch(rows);
         return;
     }
     QStringList filePaths;
@@ -66,6 +69,7 @@ void RowsDrag::begin(const QVector<int>& rows)
 
 void RowsDrag::giveUp()
 {
+    m_isRefused = false;
     if (!m_reply)
         return;
     m_reply->disconnect(this);

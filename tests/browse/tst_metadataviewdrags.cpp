@@ -8,6 +8,8 @@
 #include <QWindow>
 #include <QtTest>
 
+#include <functional>
+
 using TestSupport::filledPath;
 using TestSupport::fillTable;
 using TestSupport::settles;
@@ -51,6 +53,8 @@ QList<QUrl> addressesOf(std::initializer_list<int> rows)
 
 } // namespace
 
+Q_DECLARE_METATYPE(std::function<void(MetaDataView&)>)
+
 class MetaDataViewDragsTest : public QObject
 {
     Q_OBJECT
@@ -65,6 +69,8 @@ private slots:
     void nothingIsDraggedFromTheEmptySpace();
     void rowsNotLoadedAreFetchedFirst();
     void rowsFarApartAreFetchedFirst();
+    void rowsOfAnEarlierQueryAreNotFetched_data();
+    void rowsOfAnEarlierQueryAreNotFetched();
     void whoLetsGoWhileRowsAreFetchedDragsNothing();
     void movingWhileRowsAreFetchedSelectsNothing();
     void viewMayGoWhileRowsAreFetched();
@@ -208,6 +214,41 @@ void MetaDataViewDragsTest::rowsFarApartAreFetchedFirst()
 
     QTRY_COMPARE(m_watcher->drags().size(), 1);
     QCOMPARE(m_watcher->drags().first(), addressesOf({ 2, 1234, 2998 }));
+}
+
+void MetaDataViewDragsTest::rowsOfAnEarlierQueryAreNotFetched_data()
+{
+    using Change = std::function<void(MetaDataView&)>;
+    QTest::addColumn<Change>("change");
+
+    QTest::newRow("order") << Change(
+        [](MetaDataView& view) { view.sortByColumn(MetaDataModel::FilePathColumn, Qt::DescendingOrder); });
+    QTest::newRow("lookup") << Change([](MetaDataView& view) { view.setLookup("Sound 2", true); });
+    QTest::newRow("filter") << Change([](MetaDataView& view) { view.setFilters(false, true); });
+    QTest::newRow("same query again") << Change([](MetaDataView& view) { view.requery(true); });
+}
+
+void MetaDataViewDragsTest::rowsOfAnEarlierQueryAreNotFetched()
+{
+    QFETCH(std::function<void(MetaDataView&)>, change);
+    const MetaDataModel& model = *m_view->metaDataModel();
+    QSignalSpy fetched(&model, &MetaDataModel::fieldsCollectionContextsReleased);
+    m_view->selectAll();
+    TestSupport::StoreHold hold(*m_store);
+
+    change(*m_view);
+    QVERIFY(model.isRequeryPending());
+    dragFrom(1);
+    moveAway();
+    QCOMPARE(m_view->selectedRowsCount(), rowsInTable);
+    hold.release();
+    QVERIFY(settles(model));
+    release();
+    // What was being fetched would be given up now.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+
+    QVERIFY(fetched.isEmpty());
+    QVERIFY(m_watcher->drags().isEmpty());
 }
 
 void MetaDataViewDragsTest::whoLetsGoWhileRowsAreFetchedDragsNothing()
