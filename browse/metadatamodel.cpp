@@ -76,10 +76,10 @@ void MetaDataModel::setTableId(int tableId)
 void MetaDataModel::showOtherTable()
 {
     m_shownGeneration = -1;
+    m_isRowsCountActual = false;
     m_cache.clear();
     m_requestQueue.clear();
     if (!m_database) {
-        m_isRowsCountActual = false;
         beginResetModel();
         m_rowsCount = -1;
         endResetModel();

@@ -153,8 +153,16 @@ void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
 
 void MetaDataModel::handleFailedInitialPage()
 {
+    if (m_shownGeneration < 0) {
+        // The rows that were left for the first page to take are those of another table.
+        beginResetModel();
+        m_rowsCount = 0;
+        endResetModel();
+        emit actualRowsCountChanged();
+        return;
+    }
     // The rows stay. Their count may have come while this page was awaited, and was dropped then.
-    if (m_rowsCount >= 0 && !m_isRowsCountActual)
+    if (!m_isRowsCountActual)
         requestRowsCount();
 }
 

@@ -81,6 +81,7 @@ private slots:
     void failedPageIsLoggedAndTheNextWorks();
     void failedCountIsLoggedAndTheNextWorks();
     void rowsThatAFailedQueryLeavesAreCounted();
+    void tableThatCannotBeReadHasNoRows();
     void shrunkenTableNamesNoRowPastTheEnd();
     void answerAfterTheModelIsGoneIsHarmless();
     void storeThatClosesEndsTheRequests();
@@ -458,6 +459,29 @@ void MetaDataModelPagingTest::rowsThatAFailedQueryLeavesAreCounted()
     QCOMPARE(QVariant(model->rowCount()), count->result("rowsCount"));
     QCOMPARE(log.messages().size(), 1);
     QVERIFY(log.messages().first().startsWith("Page request failed: "));
+}
+
+void MetaDataModelPagingTest::tableThatCannotBeReadHasNoRows()
+{
+    const auto model = openModel();
+    const TestSupport::MessageRecorder log;
+    model->setLookup("12\"");
+    QTRY_VERIFY(!model->isRequeryPending());
+    QCOMPARE(model->rowCount(), rowsOfBigTable);
+    QSignalSpy counted(model.get(), &MetaDataModel::actualRowsCountChanged);
+
+    model->setTableId(otherTable);
+    QVERIFY(!model->isRowsCountActual());
+    QTRY_VERIFY(!model->isRequeryPending());
+    QCOMPARE(model->rowCount(), 0);
+    QVERIFY(!model->isRowsCountActual());
+    QCOMPARE(counted.count(), 1);
+    QTRY_VERIFY(!model->isProcessing());
+    QCOMPARE(log.messages().size(), 2);
+
+    model->setLookup(QString());
+    QVERIFY(settles(*model));
+    QCOMPARE(model->rowCount(), 2000);
 }
 
 void MetaDataModelPagingTest::shrunkenTableNamesNoRowPastTheEnd()
