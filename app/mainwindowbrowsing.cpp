@@ -19,6 +19,13 @@ namespace {
 const char tableIdProperty[] = "tableId";
 constexpr int tablesCount = 15;
 
+// Why something failed, without what it was.
+QString reasonOf(const QString& errorText)
+{
+    const QString reason = errorText.section(QStringLiteral(": "), 1);
+    return reason.isEmpty() ? errorText : reason;
+}
+
 } // namespace
 
 void MainWindow::on_viewAllButton_clicked()
@@ -55,10 +62,13 @@ void MainWindow::updateWindowTitle()
 
 void MainWindow::updateRowCountersLabel()
 {
+    const QString queryError = m_ui->metaDataView->metaDataModel()->queryError();
     const int rows = m_ui->metaDataView->metaDataModel()->rowsCount();
     const int selectedRows = m_ui->metaDataView->selectedRowsCount();
     QString text;
-    if (rows >= 0)
+    if (!queryError.isEmpty())
+        text = tr("Lookup failed: %1").arg(reasonOf(queryError));
+    else if (rows >= 0)
         text = tr("Found Records: %1").arg(rows);
     if (rows >= 0 && selectedRows > 0 && selectedRows != rows)
         text += tr(" (%1 selected)").arg(selectedRows);

@@ -92,6 +92,7 @@ void MetaDataModel::showOtherTable()
 void MetaDataModel::askNewQuery()
 {
     ++m_queryNumber;
+    m_queryError.clear();
     requery();
 }
 

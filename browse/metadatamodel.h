@@ -91,6 +91,9 @@ public:
     int queryNumber() const { return m_queryNumber; }
     /// False while the rows are still those of an earlier query, and after the current one has failed.
     bool isQueryShown() const { return m_shownQuery == m_queryNumber; }
+    /// The store's error text when the current query has failed and so is not shown; else empty. Such a query's rows
+    /// are not asked for any more: what is cached of the rows before it stays, the others are empty.
+    QString queryError() const { return m_queryError; }
     /// The parameters of the current view for the store: filters and lookup, and the order.
     QVariantMap queryParameters() const;
     /// False when the row's record is not cached, or stale since a requery: then it must not be acted on.
@@ -122,7 +125,7 @@ public:
         const QMimeData* data, Qt::DropAction action, int row, int column, const QModelIndex& parent) override;
 
 signals:
-    /// The count is known, or no longer.
+    /// The count is known, or no longer; or `queryError()` is another.
     void actualRowsCountChanged();
     /// The first request of a burst went out. Alternates with `processingFinished()`.
     void processingStarted();
@@ -159,7 +162,7 @@ private:
     void applyInitialPage(int page, const MetaDataList& items);
     void applyPage(int page, const MetaDataList& items);
     void emitRowsChanged(int page, int items);
-    void handleFailedInitialPage();
+    void handleFailedInitialPage(const QString& errorText);
     int generationToCount() const;
     void requestFinished();
     void announceProcessingFinished();
@@ -181,6 +184,7 @@ private:
     // Of the query that is asked for, and of the one whose rows are shown.
     int m_queryNumber = 0;
     int m_shownQuery = 0;
+    QString m_queryError;
 
     bool m_lastScannedOnly = false;
     bool m_playlistOnly = false;

@@ -55,6 +55,9 @@ void MetaDataModel::requestPages()
     };
     QVector<int> wanted;
     wanted.swap(m_requestQueue);
+    // A query that has failed has no other pages either.
+    if (!m_queryError.isEmpty())
+        wanted.clear();
     wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isHidden), wanted.end());
     if (wanted.isEmpty()) {
         m_cleanTimer.start();
@@ -102,7 +105,7 @@ void MetaDataModel::handleModelPageReply()
     if (reply->hasError()) {
         qCritical().noquote() << "Page request failed:" << reply->errorString();
         if (isInitial)
-            handleFailedInitialPage();
+            handleFailedInitialPage(reply->errorString());
         return;
     }
     const auto items = reply->result(QStringLiteral("items")).value<MetaDataList>();
@@ -136,6 +139,7 @@ void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
     m_shownGeneration = m_generation;
     m_shownFilter = filterParameters();
     m_shownQuery = m_queryNumber;
+    m_queryError.clear();
     beginResetModel();
     m_rowsCount = std::max(m_rowsCount, items.size());
     m_cache.invalidate();
@@ -151,19 +155,21 @@ void MetaDataModel::applyInitialPage(int page, const MetaDataList& items)
         requestRowsCount();
 }
 
-void MetaDataModel::handleFailedInitialPage()
+void MetaDataModel::handleFailedInitialPage(const QString& errorText)
 {
+    // The rows of a query that was answered once are still its own.
+    if (!isQueryShown())
+        m_queryError = errorText;
     if (m_shownGeneration < 0) {
         // The rows that were left for the first page to take are those of another table.
         beginResetModel();
         m_rowsCount = 0;
         endResetModel();
-        emit actualRowsCountChanged();
-        return;
-    }
-    // The rows stay. Their count may have come while this page was awaited, and was dropped then.
-    if (!m_isRowsCountActual)
+    } else if (!m_isRowsCountActual) {
+        // The rows stay. Their count may have come while this page was awaited, and was dropped then.
         requestRowsCount();
+    }
+    emit actualRowsCountChanged();
 }
 
 void MetaDataModel::applyPage(int page, const MetaDataList& items)

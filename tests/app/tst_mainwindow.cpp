@@ -70,6 +70,7 @@ private slots:
     void viewButtonsChooseTheRows();
     void typedLookupIsAppliedAfterAPause();
     void returnAppliesTheLookupAtOnce();
+    void lookupThatCannotBeAnsweredIsToldBesideTheRows();
     void filePathLookupFindsFolders();
     void requeryShowsWhatChanged();
     void laterRequeryFollowsSoon();
@@ -157,6 +158,27 @@ void MainWindowTest::returnAppliesTheLookupAtOnce()
 
     QVERIFY(fixture.view().metaDataModel()->isProcessing());
     QTRY_COMPARE(fixture.counters(), found(sampleRows / 3));
+}
+
+void MainWindowTest::lookupThatCannotBeAnsweredIsToldBesideTheRows()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    const TestSupport::MessageRecorder log;
+    auto* edit = fixture.child<QLineEdit>("lookupEdit");
+    const QString failure = QStringLiteral("Lookup failed: unexpected double quote in the lookup");
+
+    edit->setText(QStringLiteral("12\""));
+    QTRY_COMPARE(fixture.counters(), failure);
+    QCOMPARE(fixture.child<QLabel>("rowCountersLabel")->toolTip(), failure);
+    QCOMPARE(fixture.view().model()->rowCount(), sampleRows);
+    selectRows(fixture.view(), 2);
+    QCOMPARE(fixture.counters(), failure + QStringLiteral(" (2 selected)"));
+
+    edit->clear();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    QCOMPARE(log.messages(QtCriticalMsg).size(), 1);
 }
 
 void MainWindowTest::filePathLookupFindsFolders()

@@ -67,6 +67,11 @@ QString TestSupport::textAt(const MetaDataModel& model, int row, int column)
     return model.index(row, column).data().toString();
 }
 
+bool TestSupport::isShown(const MetaDataModel& model, int row)
+{
+    return model.index(row, 0).data().isValid();
+}
+
 TestSupport::StoreHold::StoreHold(StoreFixture& store)
 {
     QMetaObject::invokeMethod(

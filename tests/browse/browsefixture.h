@@ -25,6 +25,38 @@ QStringList ownMethods(const QMetaObject& object);
 /// The text that the model shows.
 QString textAt(const MetaDataModel& model, int row, int column);
 
+/// Stands in for a view that shows these rows, and keeps what the model asks and tells.
+///
+/// Owner and thread: one test; the model goes first.
+struct Screen
+{
+    explicit Screen(MetaDataModel& model)
+    {
+        QObject::connect(
+            &model, &MetaDataModel::rangeVisibilityCheck, &model, [this](int topRow, int bottomRow, bool& visible) {
+                asked.append(topRow);
+                rangesAreWholePages = rangesAreWholePages && bottomRow == topRow + 49;
+                visible = topRow <= lastRow && bottomRow >= firstRow;
+            });
+        QObject::connect(&model, &QAbstractItemModel::dataChanged, &model,
+            [this, &model](const QModelIndex& first, const QModelIndex& last) {
+                changed.append(first.row());
+                changesAreValid = changesAreValid && first.isValid() && last.isValid() && first.column() == 0
+                    && last.column() == model.columnCount() - 1 && last.row() < model.rowCount();
+            });
+    }
+
+    int firstRow = 0;
+    int lastRow = 1000000;
+    QList<int> asked;
+    QList<int> changed;
+    bool rangesAreWholePages = true;
+    bool changesAreValid = true;
+};
+
+/// Reads a cell, as a view that paints it does; false when it is empty.
+bool isShown(const MetaDataModel& model, int row);
+
 /// Keeps the store's thread busy while it lives, so that what is requested meanwhile stays unanswered.
 ///
 /// Owner and thread: one test. Nothing may wait for the store before the hold is released.

@@ -8,6 +8,8 @@
 
 using TestSupport::filledPath;
 using TestSupport::fillTable;
+using TestSupport::isShown;
+using TestSupport::Screen;
 using TestSupport::settles;
 using TestSupport::StoreHold;
 using TestSupport::textAt;
@@ -18,39 +20,6 @@ constexpr int bigTable = 1;
 constexpr int otherTable = 2;
 constexpr int smallTable = 3;
 constexpr int rowsOfBigTable = 3030;
-
-// Stands in for a view that shows these rows, and keeps what the model asks and tells.
-struct Screen
-{
-    explicit Screen(MetaDataModel& model)
-    {
-        QObject::connect(
-            &model, &MetaDataModel::rangeVisibilityCheck, &model, [this](int topRow, int bottomRow, bool& visible) {
-                asked.append(topRow);
-                rangesAreWholePages = rangesAreWholePages && bottomRow == topRow + 49;
-                visible = topRow <= lastRow && bottomRow >= firstRow;
-            });
-        QObject::connect(&model, &QAbstractItemModel::dataChanged, &model,
-            [this, &model](const QModelIndex& first, const QModelIndex& last) {
-                changed.append(first.row());
-                changesAreValid = changesAreValid && first.isValid() && last.isValid() && first.column() == 0
-                    && last.column() == model.columnCount() - 1 && last.row() < model.rowCount();
-            });
-    }
-
-    int firstRow = 0;
-    int lastRow = 1000000;
-    QList<int> asked;
-    QList<int> changed;
-    bool rangesAreWholePages = true;
-    bool changesAreValid = true;
-};
-
-// Reads a cell, as a view that paints it does.
-bool isShown(const MetaDataModel& model, int row)
-{
-    return model.index(row, 0).data().isValid();
-}
 
 } // namespace
 
@@ -78,13 +47,8 @@ private slots:
     void countOfAnOlderQueryIsDropped();
     void tableSwitchShowsNoOldRecord();
     void pageOfTheOldTableIsDropped();
-    void failedPageIsLoggedAndTheNextWorks();
-    void failedCountIsLoggedAndTheNextWorks();
-    void rowsThatAFailedQueryLeavesAreCounted();
-    void tableThatCannotBeReadHasNoRows();
     void shrunkenTableNamesNoRowPastTheEnd();
     void answerAfterTheModelIsGoneIsHarmless();
-    void storeThatClosesEndsTheRequests();
     void modelIsConsistentThroughout();
 
 private:
@@ -397,93 +361,6 @@ void MetaDataModelPagingTest::pageOfTheOldTableIsDropped()
     QCOMPARE(textAt(*model, 100, 0), filledPath(otherTable, 100));
 }
 
-void MetaDataModelPagingTest::failedPageIsLoggedAndTheNextWorks()
-{
-    const auto model = openModel();
-    Screen screen(*model);
-    const TestSupport::MessageRecorder log;
-
-    model->setLookup("a\"b");
-    QTRY_VERIFY(!model->isRequeryPending());
-    QCOMPARE(log.messages(QtCriticalMsg).size(), 1);
-    QVERIFY(log.messages(QtCriticalMsg).first().startsWith("Page request failed: Unable to select MetaData: "));
-    QTRY_VERIFY(!model->isProcessing());
-    QCOMPARE(textAt(*model, 0, 0), filledPath(bigTable, 0));
-
-    model->setLookup("sound 2999");
-    QVERIFY(settles(*model));
-    QCOMPARE(model->rowCount(), 1);
-    QCOMPARE(log.messages().size(), 1);
-}
-
-void MetaDataModelPagingTest::failedCountIsLoggedAndTheNextWorks()
-{
-    const auto model = openModel();
-    const TestSupport::MessageRecorder log;
-    model->setLookup("a\"b");
-
-    model->requestRowsCount();
-    QTRY_COMPARE(log.messages(QtCriticalMsg).size(), 2);
-    QVERIFY(log.messages(QtCriticalMsg).last().startsWith("Rows count reply error: Unable to get rows count: "));
-    QVERIFY(!model->isProcessing());
-
-    model->setLookup("sound 1");
-    QVERIFY(settles(*model));
-    QVERIFY(model->isRowsCountActual());
-    QVERIFY(model->rowCount() > 1000 && model->rowCount() < rowsOfBigTable);
-}
-
-void MetaDataModelPagingTest::rowsThatAFailedQueryLeavesAreCounted()
-{
-    const auto model = openModel();
-    std::unique_ptr<StoreHold> hold;
-    connect(model.get(), &MetaDataModel::requeried, model.get(),
-        [this, &hold]() { hold = std::make_unique<StoreHold>(*m_store); });
-    const TestSupport::MessageRecorder log;
-
-    model->setLookup("sound 1");
-    QTRY_VERIFY(hold);
-    QVERIFY(!model->isRowsCountActual());
-    const QVariantMap shownQuery = model->queryParameters();
-    model->setLookup("a\"b");
-    QVERIFY(!model->isQueryShown());
-    hold->release();
-    QTRY_VERIFY(model->isRowsCountActual());
-
-    const auto count = TestSupport::await(m_store->database().getRowsCount(bigTable, shownQuery));
-    QVERIFY(count->result("rowsCount").toInt() > 1000);
-    QCOMPARE(QVariant(model->rowCount()), count->result("rowsCount"));
-    QVERIFY(!model->isRequeryPending() && !model->isQueryShown());
-    model->requestRowsCount();
-    QVERIFY(settles(*model));
-    QCOMPARE(QVariant(model->rowCount()), count->result("rowsCount"));
-    QCOMPARE(log.messages().size(), 1);
-    QVERIFY(log.messages().first().startsWith("Page request failed: "));
-}
-
-void MetaDataModelPagingTest::tableThatCannotBeReadHasNoRows()
-{
-    const auto model = openModel();
-    const TestSupport::MessageRecorder log;
-    model->setLookup("12\"");
-    QTRY_VERIFY(!model->isRequeryPending());
-    QCOMPARE(model->rowCount(), rowsOfBigTable);
-    QSignalSpy counted(model.get(), &MetaDataModel::actualRowsCountChanged);
-
-    model->setTableId(otherTable);
-    QVERIFY(!model->isRowsCountActual());
-    QTRY_VERIFY(!model->isRequeryPending());
-    QCOMPARE(model->rowCount(), 0);
-    QVERIFY(!model->isRowsCountActual());
-    QCOMPARE(counted.count(), 1);
-    QTRY_VERIFY(!model->isProcessing());
-    QCOMPARE(log.messages().size(), 2);
-
-    model->setLookup(QString());
-    QVERIFY(settles(*model));
-    QCOMPARE(model->rowCount(), 2000);
-}
-
 void MetaDataModelPagingTest::shrunkenTableNamesNoRowPastTheEnd()
 {
     fillTable(*m_store, 4, 1040);
@@ -520,23 +397,6 @@ void MetaDataModelPagingTest::answerAfterTheModelIsGoneIsHarmless()
 
     QCOMPARE(next->result("rowsCount"), QVariant(30));
     QCOMPARE(log.messages(), QStringList());
-}
-
-void MetaDataModelPagingTest::storeThatClosesEndsTheRequests()
-{
-    const auto model = openModel();
-    const TestSupport::MessageRecorder log;
-
-    m_store->database().close();
-    model->requery();
-    QTRY_VERIFY(!model->isProcessing());
-    QCOMPARE(log.messages(), QStringList{ "Page request failed: Database is not opened" });
-    QCOMPARE(model->rowCount(), rowsOfBigTable);
-
-    m_store->open();
-    model->requery();
-    QVERIFY(settles(*model));
-    QCOMPARE(log.messages().size(), 1);
 }
 
 void MetaDataModelPagingTest::modelIsConsistentThroughout()
