@@ -30,6 +30,13 @@ void forceCopyAction(QDropEvent* event)
         event->setDropAction(Qt::CopyAction);
 }
 
+void setUpColumn(AdvancedItemView& view, int column, QHeaderView::ResizeMode mode, int textWidth)
+{
+    view.horizontalHeader()->setSectionResizeMode(column, mode);
+    const QMargins margins = view.cellMargins();
+    view.horizontalHeader()->resizeSection(column, textWidth + margins.left() + margins.right() + 1);
+}
+
 } // namespace
 
 MetaDataView::MetaDataView(QWidget* parent)
@@ -111,23 +118,24 @@ void MetaDataView::setUpHeader()
 
 void MetaDataView::setUpColumnWidths()
 {
-    const QFontMetrics metrics = fontMetrics();
-    const int margins = cellMargins().left() + cellMargins().right() + 1;
-    const int textWidth = 5 * metrics.horizontalAdvance(QStringLiteral("ABCD")) + margins;
-    QHeaderView* header = horizontalHeader();
-    const auto setUp = [header](int column, QHeaderView::ResizeMode mode, int width) {
-        header->setSectionResizeMode(column, mode);
-        header->resizeSection(column, width);
+    const int textWidth = 5 * fontMetrics().horizontalAdvance(QStringLiteral("ABCD"));
+    for (const int column :
+        { MetaDataModel::FilePathColumn, MetaDataModel::FileNameColumn, MetaDataModel::LibraryColumn })
+        setUpColumn(*this, column, QHeaderView::Interactive, textWidth);
+    horizontalHeader()->setSectionResizeMode(MetaDataModel::DescriptionColumn, QHeaderView::Stretch);
+    setUpFixedColumns();
+    // A restored state brings widths of the font that it was saved with, and the user cannot change these.
+    connect(this, &AdvancedItemView::headerStateRestored, this, &MetaDataView::setUpFixedColumns);
+}
+
+void MetaDataView::setUpFixedColumns()
+{
+    const auto setUp = [this](int column, const QString& sample) {
+        setUpColumn(*this, column, QHeaderView::Fixed, fontMetrics().horizontalAdvance(sample));
     };
-    setUp(MetaDataModel::FilePathColumn, QHeaderView::Interactive, textWidth);
-    setUp(MetaDataModel::FileNameColumn, QHeaderView::Interactive, textWidth);
-    setUp(MetaDataModel::TypeColumn, QHeaderView::Fixed, metrics.horizontalAdvance(QStringLiteral("ABCDE")) + margins);
-    setUp(MetaDataModel::LibraryColumn, QHeaderView::Interactive, textWidth);
-    header->setSectionResizeMode(MetaDataModel::DescriptionColumn, QHeaderView::Stretch);
-    setUp(MetaDataModel::DurationColumn, QHeaderView::Fixed,
-        metrics.horizontalAdvance(QStringLiteral("000:00WW")) + margins);
-    setUp(MetaDataModel::RatingColumn, QHeaderView::Fixed,
-        metrics.horizontalAdvance(QStringLiteral("00.0WWW")) + margins);
+    setUp(MetaDataModel::TypeColumn, QStringLiteral("ABCDE"));
+    setUp(MetaDataModel::DurationColumn, QStringLiteral("000:00WW"));
+    setUp(MetaDataModel::RatingColumn, QStringLiteral("00.0WWW"));
 }
 
 void MetaDataView::setDatabase(Database* database, int tableId)

@@ -93,6 +93,7 @@ private:
     void buildColumnsMenu();
     void setUpHeader();
     void setUpColumnWidths();
+    void setUpFixedColumns();
     void emitKeySignal(int key);
     QVector<int> selectedRows() const;
     bool isOwnDrag(const QDropEvent& event) const;

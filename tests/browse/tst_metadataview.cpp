@@ -64,6 +64,7 @@ private slots:
     void columnMenuNamesTheColumns();
     void uncheckedColumnIsHidden();
     void descriptionCannotBeUnchecked();
+    void restoredHeaderFitsTheFixedColumnsToTheFont();
     void restoredHeaderNeverHidesTheDescription();
     void restoredHeaderChecksTheMenu();
     void unusableHeaderStateChangesNothing();
@@ -340,6 +341,35 @@ void MetaDataViewTest::restoredHeaderChecksTheMenu()
     QVERIFY(!m_view->isColumnHidden(MetaDataModel::RatingColumn));
     QVERIFY(columnAction(*m_view, "Rating")->isChecked());
     QCOMPARE(m_view->horizontalHeader()->visualIndex(0), 3);
+}
+
+void MetaDataViewTest::restoredHeaderFitsTheFixedColumnsToTheFont()
+{
+    const QList<int> fixedColumns{ MetaDataModel::TypeColumn, MetaDataModel::DurationColumn,
+        MetaDataModel::RatingColumn };
+    QList<int> widths;
+    for (const int column : fixedColumns)
+        widths.append(m_view->columnWidth(column));
+    const QFont font = QApplication::font();
+    QFont smallFont = font;
+    smallFont.setPointSizeF(font.pointSizeF() / 2);
+    QApplication::setFont(smallFont);
+    MetaDataView saved;
+    QApplication::setFont(font);
+    QVERIFY(saved.horizontalHeader()->sectionSize(MetaDataModel::TypeColumn) < widths.first());
+    saved.horizontalHeader()->setSectionResizeMode(MetaDataModel::RatingColumn, QHeaderView::Interactive);
+    saved.setColumnHidden(MetaDataModel::DurationColumn, true);
+    saved.setColumnWidth(MetaDataModel::LibraryColumn, 77);
+
+    m_view->restoreHeaderState(saved.saveHeaderState());
+
+    QVERIFY(m_view->isColumnHidden(MetaDataModel::DurationColumn));
+    m_view->setColumnHidden(MetaDataModel::DurationColumn, false);
+    for (int position = 0; position < fixedColumns.size(); ++position) {
+        QCOMPARE(m_view->columnWidth(fixedColumns.at(position)), widths.at(position));
+        QCOMPARE(m_view->horizontalHeader()->sectionResizeMode(fixedColumns.at(position)), QHeaderView::Fixed);
+    }
+    QCOMPARE(m_view->columnWidth(MetaDataModel::LibraryColumn), 77);
 }
 
 void MetaDataViewTest::restoredHeaderNeverHidesTheDescription()
