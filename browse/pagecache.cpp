@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "browse/pagecache.h"
 
-#include <memory>
-
-PageCache::PageCache()
-    : m_pages(maximumPages)
-{
-}
-
 bool PageCache::contains(int page) const
 {
     return m_pages.contains(page);
@@ -20,18 +13,28 @@ bool PageCache::isInvalid(int page) const
 
 MetaData PageCache::record(int row) const
 {
-    const MetaDataList* records = m_pages.object(row / pageSize);
-    return records ? records->value(row % pageSize) : MetaData();
+    const int page = row / pageSize;
+    if (!contains(page))
+        return {};
+    markUsed(page);
+    return m_pages.value(page).value(row % pageSize);
+}
+
+void PageCache::markUsed(int page) const
+{
+    // Most reads are of the page that was read last.
+    if (!m_usedPages.isEmpty() && m_usedPages.last() == page)
+        return;
+    m_usedPages.removeOne(page);
+    m_usedPages.append(page);
 }
 
 QHash<int, qint64> PageCache::ids() const
 {
     QHash<int, qint64> ids;
-    const QList<int> pages = m_pages.keys();
-    for (const int page : pages) {
-        const MetaDataList& records = *m_pages[page];
-        for (int index = 0; index < records.size(); ++index)
-            ids.insert(page * pageSize + index, records.at(index).id());
+    for (auto page = m_pages.begin(); page != m_pages.end(); ++page) {
+        for (int index = 0; index < page->size(); ++index)
+            ids.insert(page.key() * pageSize + index, page->at(index).id());
     }
     return ids;
 }
@@ -40,14 +43,17 @@ int PageCache::replace(const MetaData& record)
 {
     const int row = ids().key(record.id(), -1);
     if (row >= 0)
-        (*m_pages[row / pageSize])[row % pageSize] = record;
+        m_pages[row / pageSize][row % pageSize] = record;
     return row;
 }
 
 void PageCache::insert(int page, const MetaDataList& records)
 {
     m_invalidPages.removeAll(page);
-    m_pages.insert(page, std::make_unique<MetaDataList>(records).release());
+    m_pages.insert(page, records);
+    markUsed(page);
+    if (m_pages.size() > maximumPages)
+        m_pages.remove(m_usedPages.takeFirst());
 }
 
 void PageCache::invalidate()
@@ -59,13 +65,16 @@ QList<int> PageCache::takeInvalidPages()
 {
     QList<int> removed;
     removed.swap(m_invalidPages);
-    for (const int page : qAsConst(removed))
+    for (const int page : qAsConst(removed)) {
         m_pages.remove(page);
+        m_usedPages.removeOne(page);
+    }
     return removed;
 }
 
 void PageCache::clear()
 {
     m_pages.clear();
+    m_usedPages.clear();
     m_invalidPages.clear();
 }

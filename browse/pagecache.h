@@ -3,7 +3,6 @@
 
 #include "store/metadata.h"
 
-#include <QCache>
 #include <QHash>
 #include <QList>
 
@@ -19,8 +18,6 @@ public:
     static constexpr int pageSize = 50;
     static constexpr int maximumPages = 10;
 
-    PageCache();
-
     bool contains(int page) const;
     /// True for a cached page that must be fetched again.
     bool isInvalid(int page) const;
@@ -29,6 +26,7 @@ public:
     /// The ids of all cached records by row, stale ones too. Marks no page as used.
     QHash<int, qint64> ids() const;
     /// Puts a changed record in the place of the one with its id, fresh or stale; the row, or -1 when it is not cached.
+    /// Marks no page as used.
     int replace(const MetaData& record);
     /// Puts a fresh page in; the least recently used one goes when there are more than ten.
     void insert(int page, const MetaDataList& records);
@@ -39,6 +37,10 @@ public:
     void clear();
 
 private:
-    mutable QCache<int, MetaDataList> m_pages;
+    void markUsed(int page) const;
+
+    QHash<int, MetaDataList> m_pages;
+    // The cached pages, the least recently used one first. A page is used while it is read, hence mutable.
+    mutable QList<int> m_usedPages;
     QList<int> m_invalidPages;
 };

@@ -36,6 +36,8 @@ private slots:
     void rowsPastTheEndOfAShortPageAreNull();
     void eleventhPageEvictsTheLeastRecentlyUsedOne();
     void readingAPageKeepsItInTheCache();
+    void idsChangeNothingAboutWhatGoesNext();
+    void replacingARecordChangesNothingAboutWhatGoesNext();
     void insertReplacesAPage();
     void invalidPagesAreStillShown();
     void freshPageIsNoLongerInvalid();
@@ -103,6 +105,37 @@ void PageCacheTest::readingAPageKeepsItInTheCache()
 
     QVERIFY(cache.contains(0));
     QVERIFY(!cache.contains(1));
+}
+
+void PageCacheTest::idsChangeNothingAboutWhatGoesNext()
+{
+    PageCache cache;
+    for (int page = 0; page < PageCache::maximumPages; ++page)
+        cache.insert(page, pageOf(page));
+
+    // The pages have no order of their own: by chance one of many looks may leave the right one.
+    for (int page = 0; page < PageCache::maximumPages; ++page) {
+        QCOMPARE(cache.ids().size(), PageCache::maximumPages * PageCache::pageSize);
+        cache.insert(PageCache::maximumPages + page, pageOf(PageCache::maximumPages + page));
+        QVERIFY(!cache.contains(page));
+    }
+}
+
+void PageCacheTest::replacingARecordChangesNothingAboutWhatGoesNext()
+{
+    PageCache cache;
+    for (int page = 0; page < PageCache::maximumPages; ++page)
+        cache.insert(page, pageOf(page));
+    MetaData changed = pageOf(0).at(7);
+    changed.setDescription("changed");
+
+    QCOMPARE(cache.replace(changed), 7);
+    cache.insert(10, pageOf(10));
+    QVERIFY(!cache.contains(0));
+
+    changed.setId(pageOf(1).at(3).id());
+    QCOMPARE(cache.replace(changed), 53);
+    QCOMPARE(cache.record(53).description(), QString("changed"));
 }
 
 void PageCacheTest::insertReplacesAPage()
