@@ -199,9 +199,12 @@ void MetaDataView::saveSelectedRows()
 
 void MetaDataView::keepSelectionOverCount()
 {
-    // The rows stay when only their count changes, so what the user has chosen since the requery stays chosen.
+    // The rows stay when only their count changes, so what the user has chosen since the requery stays chosen, and what
+    // was saved then and cleared since does not come back.
     // A current row without a selection is none that was chosen: the focus alone makes one.
-    if (m_isRestoreDue || !m_model->isRowsCountActual() || !selectionModel()->hasSelection())
+    const bool isAnythingSaved = m_savedRow >= 0 || !m_savedRowRanges.isEmpty();
+    const bool isAnythingKept = selectionModel()->hasSelection() || isAnythingSaved;
+    if (m_isRestoreDue || !m_model->isRowsCountActual() || !isAnythingKept)
         return;
     saveCurrentIndex();
     saveSelectedRows();

@@ -75,6 +75,7 @@ private slots:
     void lookupScrollsToTheTop();
     void rowsChosenBeforeTheCountIsKnownStayChosen_data();
     void rowsChosenBeforeTheCountIsKnownStayChosen();
+    void rowsClearedBeforeTheCountIsKnownDoNotComeBack();
     void countLeavesAScrolledViewWhereItIs();
     void storeTakenAwayForgetsTheSelection();
     void rowSavedForAnotherQueryIsNotSelected_data();
@@ -351,6 +352,26 @@ void MetaDataViewSelectionTest::rowsChosenBeforeTheCountIsKnownStayChosen()
     QVERIFY(m_view->model()->rowCount() < 1000);
     QCOMPARE(m_view->currentIndex(), m_view->model()->index(3, 1));
     QCOMPARE(selectedRows(*m_view), QList<int>({ 3, 5, 6 }));
+}
+
+void MetaDataViewSelectionTest::rowsClearedBeforeTheCountIsKnownDoNotComeBack()
+{
+    const auto hold = holdTheNextCount();
+    m_view->setCurrentIndex(m_view->model()->index(11, 0));
+    select(*m_view, 10, 12);
+    deleteRowsFrom(900);
+    m_view->requery(true);
+    QTRY_VERIFY(*hold);
+    QCoreApplication::sendPostedEvents();
+    QCOMPARE(selectedRows(*m_view), QList<int>({ 10, 11, 12 }));
+
+    m_view->clearSelection();
+    (*hold)->release();
+    QVERIFY(comesToRest(*m_view));
+
+    QCOMPARE(m_view->model()->rowCount(), 900);
+    QCOMPARE(m_view->currentIndex().row(), 11);
+    QCOMPARE(selectedRows(*m_view), QList<int>());
 }
 
 void MetaDataViewSelectionTest::countLeavesAScrolledViewWhereItIs()
