@@ -54,6 +54,11 @@ bool TestSupport::settles(const MetaDataModel& model)
         [&model]() { return model.isRowsCountActual() && !model.isRequeryPending() && !model.isProcessing(); }, 60000);
 }
 
+bool TestSupport::reaches(const QElapsedTimer& timer, int milliseconds)
+{
+    return QTest::qWaitFor([&timer, milliseconds]() { return timer.elapsed() >= milliseconds; }, 60000);
+}
+
 QStringList TestSupport::ownMethods(const QMetaObject& object)
 {
     QStringList methods;

@@ -4,6 +4,7 @@
 #include "browse/metadatamodel.h"
 #include "tests/support/storefixture.h"
 
+#include <QElapsedTimer>
 #include <QSemaphore>
 
 namespace TestSupport {
@@ -18,6 +19,10 @@ QString filledPath(int tableId, int row);
 
 /// Waits until the model has nothing under way and knows its count; false after a long time.
 bool settles(const MetaDataModel& model);
+
+/// Waits until so many milliseconds have passed since the timer was started; always true. What must last at least as
+/// long as a delay can be tested so, as a slow machine makes it only longer; a coarse timer may end a twentieth early.
+bool reaches(const QElapsedTimer& timer, int milliseconds);
 
 /// The signatures of the signals and slots that a class itself has, in the order of its meta-object.
 QStringList ownMethods(const QMetaObject& object);

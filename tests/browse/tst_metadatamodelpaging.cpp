@@ -9,6 +9,7 @@
 using TestSupport::filledPath;
 using TestSupport::fillTable;
 using TestSupport::isShown;
+using TestSupport::reaches;
 using TestSupport::Screen;
 using TestSupport::settles;
 using TestSupport::StoreHold;
@@ -34,6 +35,8 @@ private slots:
     void onlyVisiblePagesAreRequested();
     void lastMissedPageIsRequestedFirst();
     void quickScrollingRequestsWhatIsStillVisible();
+    void anotherMissRestartsTheDelayOfTheRequest();
+    void anotherRequeryRestartsTheDelayOfTheCleaning();
     void eleventhPageEvictsTheLeastRecentlyUsedOne();
     void cachedPageIsNotAskedForAgain();
     void lastPageIsShort();
@@ -141,6 +144,49 @@ void MetaDataModelPagingTest::quickScrollingRequestsWhatIsStillVisible()
     QTRY_VERIFY(isShown(*model, 1570) && isShown(*model, 1549));
     QCOMPARE(screen.asked.size(), 30);
     QCOMPARE(screen.changed, QList<int>({ 1550, 1500 }));
+}
+
+void MetaDataModelPagingTest::anotherMissRestartsTheDelayOfTheRequest()
+{
+    const auto model = openModel();
+    QElapsedTimer sinceMiss;
+    qint64 waited = -1;
+    connect(model.get(), &MetaDataModel::rangeVisibilityCheck, model.get(), [&](int topRow) {
+        if (topRow == 200)
+            waited = sinceMiss.elapsed();
+    });
+
+    sinceMiss.start();
+    QVERIFY(!isShown(*model, 100));
+    QVERIFY(reaches(sinceMiss, 60));
+    sinceMiss.start();
+    QVERIFY(!isShown(*model, 200));
+
+    QTRY_VERIFY(waited >= 0);
+    QVERIFY2(waited >= 95, qPrintable(QString::number(waited)));
+}
+
+void MetaDataModelPagingTest::anotherRequeryRestartsTheDelayOfTheCleaning()
+{
+    const auto model = openModel();
+    Screen screen(*model);
+    QVERIFY(!isShown(*model, 100));
+    QTRY_VERIFY(isShown(*model, 100));
+    screen.changed.clear();
+    QElapsedTimer sinceFirstPage;
+    qint64 waited = -1;
+    QSignalSpy requeried(model.get(), &MetaDataModel::requeried);
+    // The reset begins before the delay does.
+    connect(model.get(), &QAbstractItemModel::modelAboutToBeReset, model.get(), [&]() { sinceFirstPage.start(); });
+    connect(model.get(), &QAbstractItemModel::dataChanged, model.get(), [&]() { waited = sinceFirstPage.elapsed(); });
+
+    model->requery();
+    QVERIFY(requeried.wait());
+    QVERIFY(reaches(sinceFirstPage, 60));
+    model->requery();
+
+    QTRY_COMPARE(screen.changed, QList<int>{ 100 });
+    QVERIFY2(waited >= 95, qPrintable(QString::number(waited)));
 }
 
 void MetaDataModelPagingTest::eleventhPageEvictsTheLeastRecentlyUsedOne()

@@ -12,6 +12,7 @@
 #include <QtTest>
 
 using TestSupport::fillTable;
+using TestSupport::reaches;
 using TestSupport::settles;
 
 namespace {
@@ -56,6 +57,7 @@ private slots:
     void arrowKeysMoveTheCurrentRowAlsoWhenHeld();
     void typedLettersDoNothing();
     void typedLookupIsAskedForOnce();
+    void typingOnRestartsTheDelayOfTheLookup();
     void lookupAtOnceCancelsTheDelayedOne();
     void sameLookupAsksNothing();
     void filePathLookupReachesTheModel();
@@ -211,6 +213,21 @@ void MetaDataViewTest::typedLookupIsAskedForOnce()
     QCOMPARE(lookupOf(*m_view), QString("sound 12"));
     QVERIFY(settles(*m_view->metaDataModel()));
     QCOMPARE(requeried.count(), 1);
+}
+
+void MetaDataViewTest::typingOnRestartsTheDelayOfTheLookup()
+{
+    QElapsedTimer sinceTyping;
+    sinceTyping.start();
+    m_view->setLookup("sound");
+    QVERIFY(reaches(sinceTyping, 250));
+
+    sinceTyping.start();
+    m_view->setLookup("sound 12");
+    QTRY_COMPARE(lookupOf(*m_view), QString("sound 12"));
+    const qint64 waited = sinceTyping.elapsed();
+
+    QVERIFY2(waited >= 475, qPrintable(QString::number(waited)));
 }
 
 void MetaDataViewTest::lookupAtOnceCancelsTheDelayedOne()

@@ -8,6 +8,7 @@
 #include <QtTest>
 
 using TestSupport::fillTable;
+using TestSupport::reaches;
 using TestSupport::settles;
 
 namespace {
@@ -81,6 +82,7 @@ private slots:
     void cleanupTestCase();
     void droppedFilesAndFoldersRequestAScan();
     void twoDropsInABurstRequestOneScan();
+    void anotherDropRestartsTheDelayOfTheScan();
     void laterDropRequestsAnotherScan();
     void webAddressesAreSkipped();
     void onlyWebAddressesRequestAnEmptyScan();
@@ -154,6 +156,27 @@ void MetaDataViewDropsTest::twoDropsInABurstRequestOneScan()
     QCOMPARE(scannedPaths(0), QStringList({ "/sounds/z.wav", "/sounds/b.wav", "/sounds/a.wav" }));
     QVERIFY(settles(*m_view->metaDataModel()));
     QCOMPARE(m_scans->count(), 1);
+}
+
+void MetaDataViewDropsTest::anotherDropRestartsTheDelayOfTheScan()
+{
+    Drag first({ local("/sounds/a.wav") });
+    Drag second({ local("/sounds/b.wav") });
+    QElapsedTimer sinceDrop;
+    qint64 waited = -1;
+    connect(m_view.get(), &MetaDataView::scanRequested, m_view.get(), [&](const QStringList& paths) {
+        if (paths.contains("/sounds/b.wav"))
+            waited = sinceDrop.elapsed();
+    });
+
+    sinceDrop.start();
+    first.run(*m_view);
+    QVERIFY(reaches(sinceDrop, 60));
+    sinceDrop.start();
+    second.run(*m_view);
+
+    QTRY_VERIFY(waited >= 0);
+    QVERIFY2(waited >= 95, qPrintable(QString::number(waited)));
 }
 
 void MetaDataViewDropsTest::laterDropRequestsAnotherScan()
