@@ -13,6 +13,7 @@
 #include <QMenu>
 #include <QMimeData>
 #include <QScopedValueRollback>
+#include <QSignalBlocker>
 #include <QUrl>
 
 #include <algorithm>
@@ -218,14 +219,48 @@ void MetaDataView::restoreSavedSelection()
     // The user may have scrolled away from the current row.
     const bool wasAutoScrolling = hasAutoScroll();
     setAutoScroll(false);
-    if (m_savedRow >= 0 && m_savedColumn >= 0) {
-        const QModelIndex current = m_model->index(m_savedRow, m_savedColumn);
-        // The focus alone makes a row current; it was not chosen and is not afterwards.
-        if (current.isValid() && m_isSavedRowSelected)
-            setCurrentIndex(current);
-        else if (current.isValid())
-            selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+    restoreCurrent();
+    restoreRanges();
+    setAutoScroll(wasAutoScrolling);
+    forgetSavedSelection();
+}
+
+void MetaDataView::restoreCurrent()
+{
+    const QModelIndex current = m_model->index(m_savedRow, m_savedColumn);
+    if (!current.isValid())
+        return;
+    const QModelIndex otherEnd = m_isSavedRowSelected ? otherEndOfSavedRange() : QModelIndex();
+    if (otherEnd.isValid()) {
+        // A range grows with Shift from the row that was made current by itself; nobody is to see that row pass.
+        const QSignalBlocker silence(selectionModel());
+        setCurrentIndex(otherEnd);
     }
+    // The focus alone makes a row current; it was not chosen and is not afterwards.
+    if (m_isSavedRowSelected && !otherEnd.isValid())
+        setCurrentIndex(current);
+    else
+        selectionModel()->setCurrentIndex(current, QItemSelectionModel::NoUpdate);
+}
+
+QItemSelectionModel::SelectionFlags MetaDataView::selectionCommand(const QModelIndex& index, const QEvent* event) const
+{
+    return m_isRestoringSelection ? QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows
+                                  : AdvancedItemView::selectionCommand(index, event);
+}
+
+// Where the user began to select the rows that end at the current one.
+QModelIndex MetaDataView::otherEndOfSavedRange() const
+{
+    for (const auto& [top, bottom] : m_savedRowRanges) {
+        if (top < bottom && (m_savedRow == top || m_savedRow == bottom))
+            return m_model->index(m_savedRow == top ? bottom : top, m_savedColumn);
+    }
+    return {};
+}
+
+void MetaDataView::restoreRanges()
+{
     QItemSelection selection;
     for (const auto& [top, bottom] : qAsConst(m_savedRowRanges)) {
         const QModelIndex first = m_model->index(top, 0);
@@ -235,8 +270,6 @@ void MetaDataView::restoreSavedSelection()
     }
     if (!selection.isEmpty())
         selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-    setAutoScroll(wasAutoScrolling);
-    forgetSavedSelection();
 }
 
 void MetaDataView::forgetSavedSelection()

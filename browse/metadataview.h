@@ -74,6 +74,8 @@ public slots:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    /// While a selection is put back the keys that are held do not matter.
+    QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex& index, const QEvent* event) const override;
     void dropEvent(QDropEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
@@ -87,6 +89,9 @@ private:
     void saveCurrentIndex();
     void saveSelectedRows();
     void keepSelectionOverCount();
+    void restoreCurrent();
+    void restoreRanges();
+    QModelIndex otherEndOfSavedRange() const;
     void forgetSavedSelection();
     void dropSavedSelection();
     void dropSelectionOfAnotherQuery();

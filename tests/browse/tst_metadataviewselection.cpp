@@ -84,6 +84,8 @@ private slots:
     void failedLookupLeavesNoSavedRow();
     void selectionByKeysSurvivesARequery_data();
     void selectionByKeysSurvivesARequery();
+    void shiftSelectionGrowsOnAfterARequery_data();
+    void shiftSelectionGrowsOnAfterARequery();
     void selectedRowsAreCountedByRanges();
 
 private:
@@ -528,6 +530,40 @@ void MetaDataViewSelectionTest::selectionByKeysSurvivesARequery()
     QVERIFY(comesToRest(*m_view));
 
     compareWithExpected();
+}
+
+void MetaDataViewSelectionTest::shiftSelectionGrowsOnAfterARequery_data()
+{
+    QTest::addColumn<QKeySequence>("keys");
+    QTest::addColumn<QList<int>>("before");
+    QTest::addColumn<QList<int>>("after");
+
+    QTest::newRow("down") << QKeySequence("Shift+Down") << QList<int>{ 30, 31, 32 } << QList<int>{ 30, 31, 32, 33 };
+    QTest::newRow("up") << QKeySequence("Shift+Up") << QList<int>{ 28, 29, 30 } << QList<int>{ 27, 28, 29, 30 };
+}
+
+void MetaDataViewSelectionTest::shiftSelectionGrowsOnAfterARequery()
+{
+    QFETCH(QKeySequence, keys);
+    QFETCH(QList<int>, before);
+    QFETCH(QList<int>, after);
+    m_view->setCurrentIndex(m_view->model()->index(30, 2));
+    QTest::keySequence(m_view.get(), keys);
+    QTest::keySequence(m_view.get(), keys);
+    QCOMPARE(selectedRows(*m_view), before);
+    const QModelIndex current = m_view->currentIndex();
+    QSignalSpy currentRows(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged);
+    QSignalSpy selections(m_view->selectionModel(), &QItemSelectionModel::selectionChanged);
+
+    m_view->requery(true);
+    QVERIFY(comesToRest(*m_view));
+    QCOMPARE(selectedRows(*m_view), before);
+    QCOMPARE(m_view->currentIndex(), current);
+    QCOMPARE(currentRows.count(), 1);
+    QCOMPARE(selections.count(), 1);
+
+    QTest::keySequence(m_view.get(), keys);
+    QCOMPARE(selectedRows(*m_view), after);
 }
 
 void MetaDataViewSelectionTest::selectedRowsAreCountedByRanges()
