@@ -2,16 +2,12 @@
 #include "browse/metadatamodel.h"
 
 #include "browse/fieldscollection.h"
-#include "browse/rowsdrag.h"
 #include "store/database.h"
 #include "store/fieldcatalogue.h"
 #include "store/operationreply.h"
 #include "store/valuetext.h"
 
 #include <QEventLoop>
-#include <QMimeData>
-
-#include <algorithm>
 
 namespace {
 
@@ -277,19 +273,6 @@ QStringList MetaDataModel::mimeTypes() const
 {
     static const QStringList types{ QStringLiteral("text/uri-list") };
     return types;
-}
-
-QMimeData* MetaDataModel::mimeData(const QModelIndexList& indexes) const
-{
-    const QSet<int> distinctRows = FieldsCollection::distinctRows(indexes);
-    QList<int> rows = distinctRows.values();
-    std::sort(rows.begin(), rows.end());
-    QStringList filePaths;
-    for (const int row : qAsConst(rows)) {
-        if (isRowFresh(row))
-            filePaths.append(recordAt(row).filePath());
-    }
-    return filePaths.isEmpty() ? nullptr : RowsDrag::addressesOf(filePaths).release();
 }
 
 bool MetaDataModel::dropMimeData(

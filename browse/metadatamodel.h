@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "browse/advanceditemdelegate.h"
 #include "browse/pagecache.h"
 #include "store/metadata.h"
 
@@ -54,11 +55,11 @@ public:
         /// Header: true for a column that may be hidden.
         HideableRole = Qt::UserRole + 3,
         /// Cell: the words of the lookup to highlight.
-        HighlightedWordsRole = Qt::UserRole + 102,
+        HighlightedWordsRole = AdvancedItemDelegate::HighlightedWordsRole,
         /// Cell: opacity of the text, 0 to 1, when it is not 1.
-        OpacityRole = Qt::UserRole + 103,
+        OpacityRole = AdvancedItemDelegate::OpacityRole,
         /// Cell: a second text at the right end.
-        TrailingTextRole = Qt::UserRole + 104
+        TrailingTextRole = AdvancedItemDelegate::TrailingTextRole
     };
 
     explicit MetaDataModel(QObject* parent = nullptr);
@@ -107,6 +108,8 @@ public:
 
     /// Collects one field of the rows of these indexes; result "items" is a `QVariantList` in no fixed order. The
     /// caller owns the reply.
+    /// Errors: "Index list is empty" and "Database is not opened", both set before this returns; "Unable to receive
+    /// MetaData page", also when another query was asked meanwhile; "Canceled".
     OperationReply* collectFields(const QModelIndexList& indexes, const QString& fieldName);
     /// Asks the store where a record stands in the current view; result "row". The caller owns the reply, which is
     /// null without a store.
@@ -119,8 +122,6 @@ public:
     void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
     QStringList mimeTypes() const override;
-    /// The addresses of the files of these rows, each once; rows that are not at hand are left out. Null without any.
-    QMimeData* mimeData(const QModelIndexList& indexes) const override;
     bool dropMimeData(
         const QMimeData* data, Qt::DropAction action, int row, int column, const QModelIndex& parent) override;
 

@@ -221,15 +221,17 @@ void MetaDataModel::handleRowsCountReply()
 {
     const auto* reply = qobject_cast<OperationReply*>(sender());
     const int generation = reply->property(generationProperty).toInt();
-    const bool isOutdated = generation != generationToCount();
     const bool isWantedAgain = m_isCountWanted;
     m_isCountPending = false;
     m_isCountWanted = false;
-    if (isOutdated && isWantedAgain)
-        requestRowsCount();
     if (reply->hasError() && generation >= generationToCount())
         qCritical().noquote() << "Rows count reply error:" << reply->errorString();
-    if (isOutdated || reply->hasError())
+    if (generation != generationToCount()) {
+        if (isWantedAgain)
+            requestRowsCount();
+        return;
+    }
+    if (reply->hasError())
         return;
     const int rowsCount = reply->result(QStringLiteral("rowsCount")).toInt();
     m_isRowsCountActual = true;

@@ -35,6 +35,15 @@ QPixmap labelOf(const QString& text, const QWidget& widget)
     return pixmap;
 }
 
+QList<QUrl> addressesOf(const QStringList& filePaths)
+{
+    QList<QUrl> addresses;
+    addresses.reserve(filePaths.size());
+    for (const QString& filePath : filePaths)
+        addresses.append(QUrl::fromLocalFile(filePath));
+    return addresses;
+}
+
 } // namespace
 
 RowsDrag::RowsDrag(MetaDataModel* model, QWidget* source)
@@ -103,22 +112,13 @@ void RowsDrag::carry(const QStringList& filePaths)
 {
     if (filePaths.isEmpty())
         return;
-    // The platform deletes it after its end.
+    // The platform deletes the drag after its end, and the drag its data.
     auto* drag = new QDrag(m_source);
-    drag->setMimeData(addressesOf(filePaths).release());
+    auto* data = new QMimeData;
+    data->setUrls(addressesOf(filePaths));
+    drag->setMimeData(data);
     const QString text
         = filePaths.size() == 1 ? QFileInfo(filePaths.first()).fileName() : tr("%1 files").arg(filePaths.size());
     drag->setPixmap(labelOf(text, *m_source));
     drag->exec(Qt::CopyAction, Qt::CopyAction);
-}
-
-std::unique_ptr<QMimeData> RowsDrag::addressesOf(const QStringList& filePaths)
-{
-    QList<QUrl> addresses;
-    addresses.reserve(filePaths.size());
-    for (const QString& filePath : filePaths)
-        addresses.append(QUrl::fromLocalFile(filePath));
-    auto data = std::make_unique<QMimeData>();
-    data->setUrls(addresses);
-    return data;
 }

@@ -6,11 +6,8 @@
 #include <QStringList>
 #include <QVector>
 
-#include <memory>
-
 class MetaDataModel;
 class OperationReply;
-class QMimeData;
 class QWidget;
 
 /// Carries the files of rows out of the program: a drag of their addresses, to be copied, never moved or linked.
@@ -36,9 +33,6 @@ public:
     void giveUp();
     /// True while a drag that was asked for has not begun: the paths are being fetched, or cannot be until `giveUp()`.
     bool isHeldBack() const { return m_isRefused || !m_reply.isNull(); }
-
-    /// The addresses of these files.
-    static std::unique_ptr<QMimeData> addressesOf(const QStringList& filePaths);
 
 private:
     void fetch(const QVector<int>& rows);

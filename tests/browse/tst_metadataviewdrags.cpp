@@ -76,7 +76,6 @@ private slots:
     void viewMayGoWhileRowsAreFetched();
     void rowsAreOnlyEverCopied();
     void pathsWithOddCharactersArrive();
-    void modelGivesTheFilesOfItsRows();
 
 private:
     QPoint placeOf(int row) const;
@@ -317,18 +316,6 @@ void MetaDataViewDragsTest::pathsWithOddCharactersArrive()
     QTRY_COMPARE(m_watcher->drags().size(), 1);
     QCOMPARE(m_watcher->drags().first().size(), 1);
     QCOMPARE(m_watcher->drags().first().first().toLocalFile(), path);
-}
-
-void MetaDataViewDragsTest::modelGivesTheFilesOfItsRows()
-{
-    const QAbstractItemModel& model = *m_view->model();
-
-    const std::unique_ptr<QMimeData> data(
-        model.mimeData({ model.index(4, 1), model.index(2, 0), model.index(4, 0), model.index(2500, 0) }));
-    QCOMPARE(data->urls(), addressesOf({ 2, 4 }));
-
-    const std::unique_ptr<QMimeData> nothing(model.mimeData({ model.index(2500, 0) }));
-    QVERIFY(!nothing);
 }
 
 QTEST_MAIN(MetaDataViewDragsTest)
