@@ -16,10 +16,14 @@ extern "C" {
 
 namespace {
 
-// FFmpeg reads up to 5 MB of sound to find the streams; before that come tags, with their pictures.
+// FFmpeg reads up to 5 MB of sound to find the streams; before that come tags, with their pictures. Bytes that it reads
+// again count again: a search that its buffer does not hold would fill the whole buffer anew at each step.
 constexpr qint64 bytesUntilLifted = 64 * 1024 * 1024;
 
-constexpr int bufferSize = 32 * 1024;
+// FFmpeg tries each byte of the 64 KB behind a tag for the first frame of an MPEG file. While a read leaves room in the
+// buffer it adds to the buffer, so that the search steps back in memory.
+constexpr int bufferSize = 128 * 1024;
+constexpr int largestRead = 32 * 1024;
 
 int errorOfType(const struct stat& status)
 {
@@ -89,7 +93,8 @@ std::int64_t InputFile::seekTo(void* file, std::int64_t offset, int whence)
 
 int InputFile::read(std::uint8_t* buffer, int size)
 {
-    const qint64 wanted = m_isLimited ? std::min(qint64(size), m_bytesLeft) : size;
+    const qint64 allowed = std::min(size, largestRead);
+    const qint64 wanted = m_isLimited ? std::min(allowed, m_bytesLeft) : allowed;
     if (wanted <= 0 || m_isInterrupted)
         return AVERROR_EOF;
     const ssize_t count = ::pread(m_file.handle(), buffer, size_t(wanted), m_position);

@@ -189,12 +189,14 @@ void MediaInputTest::tailsWithoutEndAreNotWalkedThrough_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QByteArray>("head");
     QTest::addColumn<bool>("isReadable");
-    QTest::newRow("WAVE") << "a.wav" << wave() << true;
-    QTest::newRow("AIFF") << "a.aif" << aiff() << true;
-    QTest::newRow("MP3") << "a.mp3" << mp3() << true;
-    QTest::newRow("nothing, as WAVE") << "a.wav" << QByteArray() << false;
-    QTest::newRow("nothing, as MP3") << "a.mp3" << QByteArray() << false;
-    QTest::newRow("nothing, detected") << "a" << QByteArray() << false;
+    QTest::addColumn<int>("sampleRate");
+    QTest::newRow("WAVE") << "a.wav" << wave() << true << 44100;
+    QTest::newRow("AIFF") << "a.aif" << aiff() << true << 44100;
+    QTest::newRow("MP3") << "a.mp3" << mp3() << true << 44100;
+    QTest::newRow("nothing, as WAVE") << "a.wav" << QByteArray() << false << 0;
+    // A sound of which nothing is known.
+    QTest::newRow("nothing, as MP3") << "a.mp3" << QByteArray() << true << 0;
+    QTest::newRow("nothing, detected") << "a" << QByteArray() << false << 0;
 }
 
 void MediaInputTest::tailsWithoutEndAreNotWalkedThrough()
@@ -208,7 +210,7 @@ void MediaInputTest::tailsWithoutEndAreNotWalkedThrough()
 
     QTEST(input.open(path), "isReadable");
 
-    QVERIFY(!input.isOpen() || input.sampleRate() == 44100);
+    QTEST(input.isOpen() ? input.sampleRate() : 0, "sampleRate");
 }
 
 void MediaInputTest::sizesBeyondTheFileAreSurvived_data()

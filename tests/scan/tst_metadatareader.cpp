@@ -63,6 +63,8 @@ private slots:
     void streamPropertiesComeFromTheFile();
     void upperCaseSuffixSelectsTheFormat();
     void waveDataInAnMp3FileIsReadAsMp3();
+    void mp3FileIsReadWhereverItsFirstFrameLies_data();
+    void mp3FileIsReadWhereverItsFirstFrameLies();
     void fileWithAnUnknownSuffixIsDetected();
     void descriptionTakesTheFirstSource_data();
     void descriptionTakesTheFirstSource();
@@ -244,10 +246,33 @@ void MetaDataReaderTest::waveDataInAnMp3FileIsReadAsMp3()
     const QVariantMap probe = probeStreamInfo(path);
     const MetaData record = readMetaData(path);
 
-    if (record.error().isEmpty()) {
-        QCOMPARE(probe.value(QStringLiteral("format")).toString(), QStringLiteral("mp3"));
-        QVERIFY(record.duration() <= 0.0 || record.sampleRate() <= 0 || record.channelsCount() <= 0);
+    QCOMPARE(record.error(), QString());
+    QCOMPARE(probe.value(QStringLiteral("format")).toString(), QStringLiteral("mp3"));
+    QVERIFY(record.channelsCount() <= 0);
+}
+
+void MetaDataReaderTest::mp3FileIsReadWhereverItsFirstFrameLies_data()
+{
+    QTest::addColumn<QByteArray>("contents");
+    const QByteArray tag = id3Tag(id3Text("TIT2", "A title"));
+    const QByteArray junk = QByteArray("no frame ").repeated(10000);
+    for (const int size : { 20000, 40000, 60000 }) {
+        QTest::addRow("%d bytes of junk", size) << mp3(200, junk.left(size));
+        QTest::addRow("%d bytes of junk behind a tag", size) << mp3(200, tag + junk.left(size));
     }
+    QTest::newRow("zeros that the tag does not count") << mp3(200, tag + QByteArray(70000, '\0'));
+    QTest::newRow("junk without an end") << mp3(0, tag + junk);
+}
+
+void MetaDataReaderTest::mp3FileIsReadWhereverItsFirstFrameLies()
+{
+    QFETCH(QByteArray, contents);
+
+    const MetaData record = readMetaData(write(QStringLiteral("a.mp3"), contents));
+
+    QCOMPARE(record.error(), QString());
+    const bool hasFrames = contents.endsWith('\0');
+    QCOMPARE(record.sampleRate(), hasFrames ? 44100 : 0);
 }
 
 void MetaDataReaderTest::fileWithAnUnknownSuffixIsDetected()

@@ -214,13 +214,17 @@ void ScanOperationTest::refusedRecordsGiveWarnings()
     const QString folder = writeSounds(2);
     // Without samples it has no duration, which no table accepts.
     TestSupport::writeFile(folder + "/silent.aif", SoundFiles::aiff({ 16, 44100, 2, 0 }));
+    // Nor is there an MPEG frame in this one.
+    TestSupport::writeFile(folder + "/renamed.mp3", SoundFiles::wave({ 16, 44100, 2, 44100 }));
     OperationReply* reply = m_store->database().scan(tableId, { folder }, {});
     OperationRecorder recorder(reply);
 
     const auto ended = await(reply);
 
     QVERIFY(!ended->hasError());
-    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Database constraint violation: " + folder + "/silent.aif" });
+    QCOMPARE(recorder.sortedWarnings(),
+        QStringList({ "Database constraint violation: " + folder + "/renamed.mp3",
+            "Database constraint violation: " + folder + "/silent.aif" }));
     QCOMPARE(m_store->records(tableId).size(), 2);
 }
 
