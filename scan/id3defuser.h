@@ -17,6 +17,7 @@ public:
     void defuse(char* bytes, std::uint32_t size);
 
 private:
+    void examine(unsigned char* frame, std::uint32_t room);
     void defuseFrame(unsigned char* frame, std::uint64_t size);
 
     std::uint64_t m_compressedBytesLeft = 4096;

@@ -120,16 +120,34 @@ QByteArray id3Frame(const char* identifier, const QByteArray& body)
     return identifier + synchronisedSize(body.size()) + QByteArray(2, '\0') + body;
 }
 
+QByteArray id3OldTag(const QByteArray& frames, bool isEscaped)
+{
+    const char escapedTag = '\x80';
+    QByteArray written = frames;
+    if (isEscaped)
+        written.replace("\xff", QByteArray("\xff\0", 2));
+    return QByteArray("ID3\x03\0", 5) + (isEscaped ? escapedTag : '\0') + synchronisedSize(written.size()) + written;
+}
+
+QByteArray id3OldFrame(const char* identifier, const QByteArray& body, char flags)
+{
+    return identifier + big(quint32(body.size())) + '\0' + flags + body;
+}
+
 QByteArray id3Text(const char* identifier, const QByteArray& text)
 {
     return id3Frame(identifier, utf8Encoding + text);
 }
 
-QByteArray id3CompressedText(const char* identifier, const QByteArray& text)
+QByteArray id3Packed(const QByteArray& text)
 {
     // Qt puts the length before the packed data as well, but in plain bytes.
-    const QByteArray packed = qCompress(utf8Encoding + text, 9).mid(4);
-    const QByteArray body = synchronisedSize(text.size() + 1) + packed;
+    return synchronisedSize(text.size() + 1) + qCompress(utf8Encoding + text, 9).mid(4);
+}
+
+QByteArray id3CompressedText(const char* identifier, const QByteArray& text)
+{
+    const QByteArray body = id3Packed(text);
     const QByteArray compressedWithLength("\0\x09", 2);
     return identifier + synchronisedSize(body.size()) + compressedWithLength + body;
 }

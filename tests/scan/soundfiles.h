@@ -46,8 +46,13 @@ QByteArray broadcastChunk(const QByteArray& description, const QByteArray& origi
 /// An ID3v2.4 tag of these frames.
 QByteArray id3Tag(const QByteArray& frames);
 QByteArray id3Frame(const char* identifier, const QByteArray& body);
+/// An ID3v2.3 tag of frames whose sizes are plain numbers; with `isEscaped` a zero follows each byte of 255 in it.
+QByteArray id3OldTag(const QByteArray& frames, bool isEscaped = false);
+QByteArray id3OldFrame(const char* identifier, const QByteArray& body, char flags = 0);
 /// A text frame in UTF-8; several values are separated by NUL.
 QByteArray id3Text(const char* identifier, const QByteArray& text);
+/// The body of a packed text frame: the length of the text, then what it is packed to.
+QByteArray id3Packed(const QByteArray& text);
 /// A text frame whose body is packed.
 QByteArray id3CompressedText(const char* identifier, const QByteArray& text);
 QByteArray id3UserText(const QByteArray& name, const QByteArray& text);

@@ -12,7 +12,6 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace SoundFiles;
@@ -26,15 +25,6 @@ QVariantMap recordWithoutSound(const QString& path, const QString& fileName, con
     record.setFileName(fileName);
     record.setFileType(fileType);
     return record.toVariantMap();
-}
-
-// The most bytes that this process has used so far.
-qint64 peakMemory()
-{
-    rusage usage = {};
-    if (::getrusage(RUSAGE_SELF, &usage) != 0)
-        qFatal("Cannot read the memory use");
-    return qint64(usage.ru_maxrss) * 1024;
 }
 
 QVariantMap withoutError(const MetaData& record)
@@ -83,11 +73,6 @@ private slots:
     void nothingIsWrittenToTheFile();
     void readOnlyFileIsRead();
     void fileWithoutPermissionIsReported();
-    void endlessChaptersDoNotCrashTheTagReader();
-    void chapterLikeTextStaysAsItIs();
-    void compressedTextIsRead();
-    void compressedFramesDoNotEatMemory_data();
-    void compressedFramesDoNotEatMemory();
 
 private:
     QString write(const QString& name, const QByteArray& contents);
@@ -517,63 +502,6 @@ void MetaDataReaderTest::fileWithoutPermissionIsReported()
 
     QCOMPARE(readMetaData(path).error(), QStringLiteral("Unable to open input"));
     QVERIFY(readTagProperties(path).isEmpty());
-}
-
-void MetaDataReaderTest::endlessChaptersDoNotCrashTheTagReader()
-{
-    const QByteArray frames = id3Text("TIT2", "A title") + nestedChapters(100000) + id3Text("TPE1", "An artist");
-    const QString mpeg = write(QStringLiteral("a.mp3"), mp3(20, id3Tag(frames)));
-    const QString waveFile = write(QStringLiteral("a.wav"), wave({}, id3Chunk(frames)));
-
-    for (const QString& path : { mpeg, waveFile }) {
-        const QVariantMap tags = readTagProperties(path);
-        QCOMPARE(tags.value(QStringLiteral("title")).toString(), QStringLiteral("A title"));
-        QCOMPARE(tags.value(QStringLiteral("artist")).toString(), QStringLiteral("An artist"));
-    }
-}
-
-void MetaDataReaderTest::chapterLikeTextStaysAsItIs()
-{
-    const QByteArray frames
-        = id3Text("TIT2", "CHAPTER CTOC CHAP") + id3Comment("CHAP CTOCTOCTOC") + id3Text("TPE1", "X");
-    const QString mpeg = write(QStringLiteral("a.mp3"), mp3(20, id3Tag(frames)));
-
-    const MetaData record = readMetaData(mpeg);
-
-    QCOMPARE(record.title(), QStringLiteral("CHAPTER CTOC CHAP"));
-    QCOMPARE(record.comments(), QStringLiteral("CHAP CTOCTOCTOC"));
-}
-
-void MetaDataReaderTest::compressedTextIsRead()
-{
-    const QString path = write("a.wav", wave({}, id3Chunk(id3CompressedText("TIT2", "a packed title"))));
-
-    QCOMPARE(readTagProperties(path).value("title").toString(), QStringLiteral("a packed title"));
-}
-
-void MetaDataReaderTest::compressedFramesDoNotEatMemory_data()
-{
-    QTest::addColumn<QByteArray>("frames");
-    const QByteArray megabytes = QByteArray(200 * 1024 * 1024, 'a');
-    QTest::newRow("one") << id3CompressedText("TALB", megabytes);
-    QTest::newRow("many") << id3CompressedText("TALB", megabytes.left(2 * 1024 * 1024)).repeated(300);
-    QTest::newRow("in a chapter") << id3Frame(
-        "CHAP", QByteArray("a\0", 2) + QByteArray(16, '\0') + id3CompressedText("TIT2", megabytes));
-}
-
-void MetaDataReaderTest::compressedFramesDoNotEatMemory()
-{
-    QFETCH(QByteArray, frames);
-    const QByteArray tag = id3Text("TIT2", "A title") + frames + id3Text("TPE1", "An artist");
-    const QString path = write("a.wav", wave({}, id3Chunk(tag)));
-    const qint64 before = peakMemory();
-
-    const QVariantMap tags = readTagProperties(path);
-
-    // Unpacked they would take several gigabytes.
-    QVERIFY(peakMemory() - before < qint64(1) << 30);
-    QCOMPARE(tags.value("title").toString(), QStringLiteral("A title"));
-    QCOMPARE(tags.value("artist").toString(), QStringLiteral("An artist"));
 }
 
 QTEST_GUILESS_MAIN(MetaDataReaderTest)
