@@ -2,9 +2,11 @@
 #include "store/operationreply.h"
 #include "store/recordwriter.h"
 #include "store/writeoperations.h"
+#include "tests/scan/rowhook.h"
 #include "tests/store/connectionfixture.h"
 #include "tests/support/storefixture.h"
 
+#include <QSemaphore>
 #include <QSignalSpy>
 #include <QSqlQuery>
 #include <QtTest>
@@ -216,27 +218,36 @@ void WriteOperationsTest::canceledDeleteLeavesAllRows()
     QCOMPARE(rowsCount(), 10);
 }
 
-// A worker thread deletes; the owner cancels when it hears of the first thousand.
+// A worker thread deletes, and is canceled between its reports of progress.
 void WriteOperationsTest::deleteCanceledOnTheWayLeavesAllRows()
 {
+    constexpr int rows = 3000;
     TestSupport::StoreFixture store;
     store.open();
-    QCOMPARE(
-        store.execute("WITH RECURSIVE numbers(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers WHERE n < 100000) "
-                      "INSERT INTO MetaData1 (filePath, fileName, fileType, description) "
-                      "SELECT '/' || n || '.wav', n || '.wav', 'wav', '' FROM numbers"),
+    QCOMPARE(store.execute(QStringLiteral(
+                 "WITH RECURSIVE numbers(n) AS (SELECT 1 UNION ALL SELECT n + 1 FROM numbers WHERE n < %1) "
+                 "INSERT INTO MetaData1 (filePath, fileName, fileType, description) "
+                 "SELECT '/' || n || '.wav', n || '.wav', 'wav', '' FROM numbers")
+                               .arg(rows)),
         QString());
-    OperationReply* reply = store.database().deleteMetaData(1, idsFrom(1, 100000));
-    connect(reply, &OperationReply::progress, reply, [reply](int value) {
-        if (value >= 1000)
+    std::unique_ptr<OperationReply> finished;
+    {
+        OperationReply* reply = nullptr;
+        QSemaphore isStarted;
+        // The operation may reach the row before the test knows its reply.
+        const RowHook hook(store.database(), 1, 1500, [&]() {
+            isStarted.acquire();
             reply->cancel();
-    });
-
-    const auto finished = TestSupport::await(reply);
+        });
+        reply = store.database().deleteMetaData(1, idsFrom(1, rows));
+        isStarted.release();
+        finished = TestSupport::await(reply);
+        QCOMPARE(hook.count(), 1501);
+    }
 
     QCOMPARE(finished->errorString(), QStringLiteral("Canceled"));
     const auto count = TestSupport::await(store.database().getRowsCount(1, {}));
-    QCOMPARE(count->result("rowsCount").toInt(), 100000);
+    QCOMPARE(count->result("rowsCount").toInt(), rows);
 }
 
 void WriteOperationsTest::failingDeleteLeavesAllRows()
