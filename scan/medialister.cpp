@@ -82,10 +82,12 @@ public:
 
     void addGiven(const QString& path);
     QStringList run();
+    const QStringList& unreadFolders() const { return m_unreadFolders; }
 
 private:
     bool isCanceled() const { return m_isCanceled && m_isCanceled(); }
     void listFolder(const Place& folder);
+    void noteUnread(const Place& folder, const std::error_code& error);
     void addEntry(const Place& folder, const fs::directory_entry& entry);
     void addFolder(const Place& parent, std::string path, bool isLink);
     bool matches(const std::string& name) const;
@@ -94,6 +96,7 @@ private:
     const std::function<bool()>& m_isCanceled;
     std::deque<Place> m_queue;
     QStringList m_files;
+    QStringList m_unreadFolders;
 };
 
 void Walk::addGiven(const QString& path)
@@ -129,10 +132,15 @@ void Walk::listFolder(const Place& folder)
         addEntry(folder, *entry);
         entry.increment(error);
     }
-    if (error) {
-        qWarning().noquote() << "Unable to list folder:" << QFile::decodeName(QByteArray::fromStdString(folder.path))
-                             << QString::fromLocal8Bit(error.message().c_str());
-    }
+    if (error)
+        noteUnread(folder, error);
+}
+
+void Walk::noteUnread(const Place& folder, const std::error_code& error)
+{
+    const QString path = QFile::decodeName(QByteArray::fromStdString(folder.path));
+    m_unreadFolders.append(path);
+    qWarning().noquote() << "Unable to list folder:" << path << QString::fromLocal8Bit(error.message().c_str());
 }
 
 void Walk::addEntry(const Place& folder, const fs::directory_entry& entry)
@@ -172,11 +180,14 @@ const QStringList& mediaFileFilters()
     return filters;
 }
 
-QStringList listMediaFiles(
-    const QStringList& paths, const QStringList& filters, const std::function<bool()>& isCanceled)
+QStringList listMediaFiles(const QStringList& paths, const QStringList& filters,
+    const std::function<bool()>& isCanceled, QStringList* unreadFolders)
 {
     Walk walk(filters, isCanceled);
     for (const QString& path : paths)
         walk.addGiven(path);
-    return walk.run();
+    QStringList files = walk.run();
+    if (unreadFolders)
+        unreadFolders->append(walk.unreadFolders());
+    return files;
 }

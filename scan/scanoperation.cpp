@@ -18,6 +18,7 @@
 #include <QtConcurrent>
 
 #include <functional>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -164,7 +165,13 @@ void Scan::run(const QStringList& paths)
 QStringList Scan::listFiles(const QStringList& paths)
 {
     m_reply->setProgress(0, -1);
-    QStringList files = listMediaFiles(paths, mediaFileFilters(), [this]() { return m_reply->isCanceled(); });
+    QStringList unreadFolders;
+    QStringList files = listMediaFiles(
+        paths, mediaFileFilters(), [this]() { return m_reply->isCanceled(); }, &unreadFolders);
+    QStringList warnings;
+    for (const QString& folder : std::as_const(unreadFolders))
+        warnings.append(QStringLiteral("%1: %2").arg(tr("Unable to list folder"), folder));
+    m_reply->addWarnings(warnings);
     if (files.isEmpty() && !m_reply->isCanceled())
         m_reply->cancel();
     return files;

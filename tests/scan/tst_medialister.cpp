@@ -38,7 +38,7 @@ private slots:
     void siblingsLinkedTwiceAreListedTwice();
     void deepFoldersAreReached();
     void undecodableNamesAreListed();
-    void unreadableFolderIsLogged();
+    void unreadableFolderIsReported();
     void canceledListingStops();
     void cancellationIsAskedForInsideALargeFolder();
 
@@ -263,7 +263,7 @@ void MediaListerTest::undecodableNamesAreListed()
     QCOMPARE(files, QStringList({ readable + QStringLiteral(".wav"), readable + QStringLiteral("/a.wav") }));
 }
 
-void MediaListerTest::unreadableFolderIsLogged()
+void MediaListerTest::unreadableFolderIsReported()
 {
     touch(QStringLiteral("a.wav"));
     QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("locked")));
@@ -272,10 +272,12 @@ void MediaListerTest::unreadableFolderIsLogged()
     const PermissionsCount permissionsCount;
     QTest::ignoreMessage(QtWarningMsg, QRegularExpression(QStringLiteral("Unable to list folder: .*/locked ")));
 
-    const QStringList files = list();
+    QStringList unreadFolders;
+    const QStringList files = listMediaFiles({ m_folder->path() }, mediaFileFilters(), {}, &unreadFolders);
     QVERIFY(QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner));
 
-    QCOMPARE(files, QStringList{ "a.wav" });
+    QCOMPARE(files, QStringList{ m_folder->filePath("a.wav") });
+    QCOMPARE(unreadFolders, QStringList{ locked });
 }
 
 void MediaListerTest::canceledListingStops()

@@ -2,6 +2,7 @@
 #include "scan/scanoperation.h"
 
 #include "scan/storeoperations.h"
+#include "tests/scan/lockedfolder.h"
 #include "tests/scan/operationrecorder.h"
 #include "tests/scan/rowhook.h"
 #include "tests/scan/sidelock.h"
@@ -63,6 +64,8 @@ private slots:
     void rowsOfOneRunShareItsStart();
     void folderWithoutSoundsEndsAsCanceled();
     void unreadableFilesGiveWarnings();
+    void unreadableFolderGivesAWarning();
+    void unreadableFolderAloneEndsAsCanceled();
     void refusedRecordsGiveWarnings();
     void warningsComeBatchByBatchBehindTheProgress();
     void undecodableNameGivesAWarning();
@@ -207,6 +210,34 @@ void ScanOperationTest::unreadableFilesGiveWarnings()
         QStringList({ "No audio stream found: " + folder + "/video.y4m",
             "Unable to open input: " + folder + "/empty.wav", "Unable to open input: " + folder + "/text %1 %2.mp3" }));
     QCOMPARE(m_store->records(tableId).size(), 3);
+}
+
+void ScanOperationTest::unreadableFolderGivesAWarning()
+{
+    const QString folder = writeSounds(3);
+    const LockedFolder locked(m_store->database(), folder + "/locked %1 %2");
+    OperationReply* reply = m_store->database().scan(tableId, { folder }, {});
+    OperationRecorder recorder(reply);
+
+    const auto ended = await(reply);
+
+    QVERIFY(!ended->hasError());
+    QCOMPARE(recorder.events(),
+        QStringList({ "progress 0 of -1", "warnings 1", "progress 0 of 3", "progress 3 of 3", "finished" }));
+    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Unable to list folder: " + locked.path() });
+    QCOMPARE(m_store->records(tableId).size(), 3);
+}
+
+void ScanOperationTest::unreadableFolderAloneEndsAsCanceled()
+{
+    const LockedFolder locked(m_store->database(), path("locked"));
+    OperationReply* reply = m_store->database().scan(tableId, { locked.path() }, {});
+    OperationRecorder recorder(reply);
+
+    const auto ended = await(reply);
+
+    QCOMPARE(ended->errorString(), QStringLiteral("Canceled"));
+    QCOMPARE(recorder.sortedWarnings(), QStringList{ "Unable to list folder: " + locked.path() });
 }
 
 void ScanOperationTest::refusedRecordsGiveWarnings()
