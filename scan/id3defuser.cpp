@@ -4,6 +4,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <vector>
+
+#include <zlib.h>
 
 namespace {
 
@@ -20,12 +23,27 @@ constexpr unsigned char compressedInVersion4 = 0x08;
 // The first bytes of a frame, up to the first two that are packed.
 using Look = std::array<unsigned char, packedOffset + 2>;
 
-constexpr std::uint32_t escapedNowhere = packedOffset + 2;
+// One way to take the bytes of a frame: where a tag is escaped, a zero follows each byte of 255, from some offset on.
+struct Reading
+{
+    std::uint32_t escapedFrom;
+    unsigned char compressionFlags;
+};
 
+// In version 3 of the tag everything may be escaped, in version 4 what stands behind a frame's head.
+constexpr std::array<Reading, 3> readings = { {
+    { UINT32_MAX, compressedInVersion3 | compressedInVersion4 },
+    { headSize, compressedInVersion4 },
+    { sizeOffset, compressedInVersion3 },
+} };
+
+// Frames of version 2 that stand in a tag of version 3 have a zero as the fourth letter.
 bool isIdentifier(const unsigned char* frame)
 {
-    return std::all_of(frame, frame + 4,
-        [](unsigned char letter) { return (letter >= 'A' && letter <= 'Z') || (letter >= '0' && letter <= '9'); });
+    const auto isLetter = [](unsigned char letter) {
+        return (letter >= 'A' && letter <= 'Z') || (letter >= '0' && letter <= '9');
+    };
+    return std::all_of(frame, frame + 3, isLetter) && (isLetter(frame[3]) || frame[3] == 0);
 }
 
 bool isChapter(const unsigned char* frame)
@@ -38,16 +56,25 @@ bool hasEscapedBytes(const unsigned char* frame)
     return std::find(frame + 4, frame + headSize, 0xFF) != frame + headSize;
 }
 
-// Where a tag is escaped, a zero follows each byte of 255; from an offset on, such zeros are left out.
-Look lookAt(const unsigned char* frame, std::uint32_t room, std::uint32_t escapedFrom)
+// Writes the first bytes of a frame without the zeros that escape it, as many as there are and as fit.
+std::uint32_t copyRead(const Reading& reading, const unsigned char* frame, std::uint32_t room, unsigned char* target,
+    std::uint32_t targetSize)
+{
+    std::uint32_t source = 0;
+    std::uint32_t count = 0;
+    while (count < targetSize && source < room) {
+        const unsigned char byte = frame[source++];
+        if (count >= reading.escapedFrom && byte == 0xFF && source < room && frame[source] == 0)
+            ++source;
+        target[count++] = byte;
+    }
+    return count;
+}
+
+Look lookAt(const Reading& reading, const unsigned char* frame, std::uint32_t room)
 {
     Look look = {};
-    std::uint32_t source = 0;
-    for (std::uint32_t target = 0; target < look.size() && source < room; ++target) {
-        look[target] = frame[source++];
-        if (target >= escapedFrom && look[target] == 0xFF && source < room && frame[source] == 0)
-            ++source;
-    }
+    copyRead(reading, frame, room, look.data(), std::uint32_t(look.size()));
     return look;
 }
 
@@ -75,6 +102,26 @@ bool isCompressed(const Look& look, unsigned char flags)
     return (look[flagsOffset] & flags) != 0 && (look[packedOffset] & 0x0F) == 8 && packed % 31 == 0;
 }
 
+// How many bytes of what is packed in a frame TagLib would unpack, if they are fewer than the limit.
+std::uint32_t packedSize(const Reading& reading, const unsigned char* frame, std::uint32_t room, std::uint32_t limit)
+{
+    std::vector<unsigned char> bytes(packedOffset + limit);
+    const std::uint32_t count = copyRead(reading, frame, room, bytes.data(), std::uint32_t(bytes.size()));
+    z_stream stream = {};
+    stream.next_in = bytes.data() + packedOffset;
+    stream.avail_in = count - packedOffset;
+    int result = inflateInit(&stream);
+    while (result == Z_OK) {
+        std::array<unsigned char, 4096> unpacked;
+        stream.next_out = unpacked.data();
+        stream.avail_out = unpacked.size();
+        result = inflate(&stream, Z_NO_FLUSH);
+    }
+    inflateEnd(&stream);
+    // Everything is read where more would follow; wrong bytes end it as well.
+    return result == Z_BUF_ERROR ? limit : std::uint32_t(stream.total_in);
+}
+
 } // namespace
 
 void Id3Defuser::defuse(char* bytes, std::uint32_t size)
@@ -82,33 +129,33 @@ void Id3Defuser::defuse(char* bytes, std::uint32_t size)
     auto* const data = reinterpret_cast<unsigned char*>(bytes);
     for (std::uint32_t offset = 0; offset + headSize + 4 <= size; ++offset) {
         if (isIdentifier(data + offset))
-            examine(data + offset, size - offset);
+            defuseFrame(data + offset, size - offset);
     }
 }
 
-void Id3Defuser::examine(unsigned char* frame, std::uint32_t room)
+void Id3Defuser::defuseFrame(unsigned char* frame, std::uint32_t room)
 {
-    // In version 3 of the tag everything may be escaped, in version 4 what stands behind a frame's head.
-    const Look plain = lookAt(frame, room, escapedNowhere);
-    const Look body = lookAt(frame, room, headSize);
-    const Look whole = lookAt(frame, room, sizeOffset);
-    const bool hasPlainRoom = hasRoom(plain, room);
-    const bool hasWholeRoom = hasRoom(whole, room);
-    if (isChapter(frame) && (hasPlainRoom || hasWholeRoom))
-        frame[0] = 'X';
-    const unsigned char eitherVersion = compressedInVersion3 | compressedInVersion4;
-    if (hasPlainRoom && (isCompressed(plain, eitherVersion) || isCompressed(body, compressedInVersion4)))
-        defuseFrame(frame, sizeOf(plain));
-    else if (hasWholeRoom && isCompressed(whole, compressedInVersion3))
-        defuseFrame(frame, sizeOf(whole));
+    bool isPacked = false;
+    std::uint32_t size = 0;
+    for (const Reading& reading : readings) {
+        const Look look = lookAt(reading, frame, room);
+        if (!hasRoom(look, room))
+            continue;
+        if (isChapter(frame))
+            frame[0] = 'X';
+        if (isCompressed(look, reading.compressionFlags)) {
+            isPacked = true;
+            // TagLib unpacks what follows behind the end of the frame, too.
+            size = std::max(size, packedSize(reading, frame, room, m_compressedBytesLeft));
+        }
+    }
+    m_compressedBytesLeft -= size;
+    if (isPacked && m_compressedBytesLeft == 0)
+        disable(frame);
 }
 
-void Id3Defuser::defuseFrame(unsigned char* frame, std::uint64_t size)
+void Id3Defuser::disable(unsigned char* frame)
 {
-    if (size <= m_compressedBytesLeft) {
-        m_compressedBytesLeft -= size;
-        return;
-    }
     if (hasEscapedBytes(frame)) {
         // Its flags may stand anywhere; an invalid name ends the tag here.
         frame[0] = 'x';

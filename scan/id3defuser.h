@@ -17,8 +17,8 @@ public:
     void defuse(char* bytes, std::uint32_t size);
 
 private:
-    void examine(unsigned char* frame, std::uint32_t room);
-    void defuseFrame(unsigned char* frame, std::uint64_t size);
+    void defuseFrame(unsigned char* frame, std::uint32_t room);
+    static void disable(unsigned char* frame);
 
-    std::uint64_t m_compressedBytesLeft = 4096;
+    std::uint32_t m_compressedBytesLeft = 4096;
 };

@@ -172,9 +172,20 @@ void Id3DefuserTest::compressedLookingTextStaysAsItIs()
 
 void Id3DefuserTest::compressedTextIsRead()
 {
-    const QString path = write("a.wav", wave({}, id3Chunk(id3CompressedText("TIT2", "a packed title"))));
+    const QByteArray picture = id3Frame("APIC", QByteArray("\0image/png\0\3\0", 13).leftJustified(20000, 'P'));
+    QByteArray longText;
+    for (int number = 0; number < 400; ++number)
+        longText += QByteArray::number(number * number) + ' ';
+    const QByteArray frames
+        = id3CompressedText("TIT2", "a packed title") + id3CompressedText("TALB", longText) + picture;
+    const QByteArray oldFrames = id3OldFrame("TIT2", id3Packed("a packed title"), '\x80')
+        + id3OldFrame("TALB", id3Packed(longText), '\x80') + picture;
 
-    QCOMPARE(readTagProperties(path).value("title").toString(), QStringLiteral("a packed title"));
+    for (const QByteArray& tag : { id3Tag(frames), id3OldTag(oldFrames), id3OldTag(oldFrames, true) }) {
+        const QVariantMap tags = readTagProperties(write("a.wav", wave({}, chunk("id3 ", tag))));
+        QCOMPARE(tags.value("title").toString(), QStringLiteral("a packed title"));
+        QCOMPARE(tags.value("album").toString(), QString::fromLatin1(longText));
+    }
 }
 
 void Id3DefuserTest::compressedFramesDoNotEatMemory_data()
@@ -201,6 +212,12 @@ void Id3DefuserTest::compressedFramesDoNotEatMemory_data()
     QTest::newRow("escaped") << oldBetween(packed, true) << false;
     // Where its size is escaped, a frame cannot be put out of action but by ending the tag.
     QTest::newRow("escaped size") << oldBetween(packed.leftJustified(0x3FFFF, '\0'), true) << true;
+    QByteArray shortFrame = oldBetween(packed, false);
+    shortFrame.replace(shortFrame.indexOf("TALB") + 4, 4, QByteArray("\0\0\0\x14", 4));
+    QTest::newRow("size too small") << shortFrame << true;
+    QByteArray oldName = oldBetween(packed, false);
+    oldName.replace("TALB", QByteArray("TAL\0", 4));
+    QTest::newRow("name of three letters") << oldName << false;
     QByteArray escapedLength = packed;
     escapedLength.replace(0, 4, "\xff\xff\xff\xff");
     QTest::newRow("escaped length") << oldBetween(escapedLength, true) << false;
