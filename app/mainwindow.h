@@ -113,6 +113,16 @@ private slots:
     void on_restoreDatabaseAction_triggered();
 
 private:
+    /// What the store says of one record now.
+    struct StoredRecord
+    {
+        /// Null when it is gone or could not be read.
+        MetaData record;
+        bool isGone = false;
+        /// Why it could not be read, as far as that is known.
+        QString failure;
+    };
+
     void buildInterface();
     void fitTexts();
     void measurePanel();
@@ -169,7 +179,8 @@ private:
 
     /// Null without a current record, or before it has been read.
     MetaData currentRecord() const;
-    MetaData storedRecord(qint64 id, QVariantMap parameters);
+    StoredRecord storedRecord(qint64 id);
+    void tellNothingWasSaved(const QString& title, const StoredRecord& stored);
     bool saveEdits(qint64 id, const MetaDataDialog& dialog);
     bool storeRecord(const MetaData& record);
     void changeCurrentRating(double step);

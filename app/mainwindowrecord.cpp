@@ -112,22 +112,26 @@ void MainWindow::forgetRatings()
     m_waitingRatingSteps.clear();
 }
 
-// The record of a table as it is stored now; null when it is gone, or not among those that the parameters choose.
-MetaData MainWindow::storedRecord(qint64 id, QVariantMap parameters)
+// Read by its id, whatever the view shows.
+MainWindow::StoredRecord MainWindow::storedRecord(qint64 id)
 {
     const int tableId = m_ui->metaDataView->tableId();
-    const ReplyPointer rowReply(database()->lookupMetaDataRow(tableId, int(id), parameters));
-    rowReply->waitForFinished();
-    if (!rowReply->isFinishedDelivered() || rowReply->hasError())
-        return {};
-    parameters.insert(QStringLiteral("offset"), rowReply->result(QStringLiteral("row")));
-    parameters.insert(QStringLiteral("limit"), 1);
-    const ReplyPointer recordReply(database()->pullMetaData(tableId, parameters));
-    recordReply->waitForFinished();
-    if (!recordReply->isFinishedDelivered())
-        return {};
-    const MetaData record = recordReply->result(QStringLiteral("items")).value<MetaDataList>().value(0);
-    return record.id() == id ? record : MetaData();
+    const ReplyPointer rowReply(database()->lookupMetaDataRow(tableId, int(id), {}));
+    if (waitForSuccess(rowReply.get())) {
+        const QVariantMap place{ { QStringLiteral("offset"), rowReply->result(QStringLiteral("row")) },
+            { QStringLiteral("limit"), 1 } };
+        const ReplyPointer recordReply(database()->pullMetaData(tableId, place));
+        recordReply->waitForFinished();
+        const MetaData record = recordReply->result(QStringLiteral("items")).value<MetaDataList>().value(0);
+        if (record.id() == id)
+            return { record, false, {} };
+    }
+    // The lookup of a row fails in the same way for a record that is gone and for one that cannot be read.
+    const QString idField = QStringLiteral("id");
+    const ReplyPointer idsReply(database()->pullMetaData(tableId, { { QStringLiteral("singleField"), idField } }));
+    if (!waitForSuccess(idsReply.get()))
+        return { {}, false, idsReply->errorString() };
+    return { {}, !idsReply->result(QStringLiteral("items")).toList().contains(id), {} };
 }
 
 void MainWindow::openCurrentMetaDataRow()
@@ -148,22 +152,33 @@ void MainWindow::openCurrentMetaDataRow()
     }
 }
 
-// True when nothing is left to be done: the edits are stored, or the record is gone.
+// False leaves the edits in the dialog, also when the record is gone: what was typed may be wanted elsewhere.
 bool MainWindow::saveEdits(qint64 id, const MetaDataDialog& dialog)
 {
-    const MetaData record = storedRecord(id, m_ui->metaDataView->metaDataModel()->queryParameters());
-    if (record.isNull()) {
-        showFailure(this, dialog.windowTitle(), tr("This record does not exist any more. Nothing was saved."));
-        requery();
-        return true;
+    const StoredRecord stored = storedRecord(id);
+    if (stored.record.isNull()) {
+        tellNothingWasSaved(dialog.windowTitle(), stored);
+        return false;
     }
     forgetRatings();
     saveSelection();
-    const bool isStored = storeRecord(withUserFieldsOf(dialog.metaData(), record));
+    const bool isStored = storeRecord(withUserFieldsOf(dialog.metaData(), stored.record));
     requery();
     if (!isStored)
-        showFailure(this, dialog.windowTitle(), tr("The record could not be saved."));
+        tellNothingWasSaved(dialog.windowTitle(), {});
     return isStored;
+}
+
+void MainWindow::tellNothingWasSaved(const QString& title, const StoredRecord& stored)
+{
+    if (stored.isGone) {
+        showFailure(this, title, tr("This record does not exist any more. Nothing was saved."));
+        requery();
+    } else if (stored.failure.isEmpty()) {
+        showFailure(this, title, tr("The record could not be saved."));
+    } else {
+        showFailure(this, title, tr("The record could not be saved.\n%1").arg(stored.failure));
+    }
 }
 
 // A failed write says nothing, so the record is read again; with its changes it may have left the view.
@@ -172,9 +187,9 @@ bool MainWindow::storeRecord(const MetaData& record)
     ++m_pendingWrites;
     const ReplyPointer reply(database()->pushMetaData(m_ui->metaDataView->tableId(), { record }));
     reply->waitForFinished();
-    const MetaData stored = storedRecord(record.id(), {});
+    const StoredRecord stored = storedRecord(record.id());
     --m_pendingWrites;
-    return hasUserFieldsOf(record, stored);
+    return hasUserFieldsOf(record, stored.record);
 }
 
 void MainWindow::revealCurrentFileInSystemFileManager()

@@ -17,13 +17,6 @@ void showBox(QWidget* parent, QMessageBox::Icon icon, const QString& title, cons
     box.exec();
 }
 
-// False also when the application quits, which ends the wait early.
-bool waitForSuccess(OperationReply* reply)
-{
-    reply->waitForFinished();
-    return reply->isFinishedDelivered() && !reply->hasError();
-}
-
 } // namespace
 
 void ReplyRelease::operator()(OperationReply* reply) const
@@ -34,6 +27,12 @@ void ReplyRelease::operator()(OperationReply* reply) const
         reply->cancel();
         QObject::connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
     }
+}
+
+bool waitForSuccess(OperationReply* reply)
+{
+    reply->waitForFinished();
+    return reply->isFinishedDelivered() && !reply->hasError();
 }
 
 bool runInDialog(QWidget* parent, OperationReply* reply, const OperationTexts& texts)

@@ -34,6 +34,10 @@ struct OperationTexts
     bool isCancelable = true;
 };
 
+/// Waits for the end, deaf to user input; true for a success. False also when the application quits, which ends the
+/// wait early.
+bool waitForSuccess(OperationReply* reply);
+
 /// Runs the progress dialog over the operation; true when it was accepted, that is, ended without an error.
 bool runInDialog(QWidget* parent, OperationReply* reply, const OperationTexts& texts);
 

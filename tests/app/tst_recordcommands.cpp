@@ -35,13 +35,17 @@ private slots:
     void showInfoOpensByKeyAndDoubleClick();
     void unchangedRecordIsNotWritten();
     void recordChangedMeanwhileKeepsItsOtherFields();
-    void recordDeletedMeanwhileIsToldAbout();
+    void editsAreSavedWhateverTheViewShowsMeanwhile_data();
+    void editsAreSavedWhateverTheViewShowsMeanwhile();
+    void recordDeletedMeanwhileIsToldAndItsEditsStay();
+    void editsOfARecordThatCannotBeReadStayInTheDialog();
     void editsThatCannotBeSavedStayInTheDialog();
     void editsThatLeadOutOfTheViewAreSaved();
     void buttonsTriggerTheirMenuEntries();
 
 private:
     void start();
+    MetaData currentRecord();
 
     std::unique_ptr<WindowFixture> m_fixture;
 };
@@ -61,6 +65,11 @@ void RecordCommandsTest::start()
     m_fixture->start();
     QTRY_VERIFY(isIdle(*m_fixture));
     m_fixture->view().setFocus();
+}
+
+MetaData RecordCommandsTest::currentRecord()
+{
+    return m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>();
 }
 
 void RecordCommandsTest::plusAndMinusStepTheRating()
@@ -283,27 +292,92 @@ void RecordCommandsTest::recordChangedMeanwhileKeepsItsOtherFields()
         QVariant("Later1"));
 }
 
-void RecordCommandsTest::recordDeletedMeanwhileIsToldAbout()
+void RecordCommandsTest::editsAreSavedWhateverTheViewShowsMeanwhile_data()
+{
+    QTest::addColumn<QString>("lookup");
+    QTest::newRow("other records") << "bell";
+    QTest::newRow("none") << "no such words";
+    QTest::newRow("refused lookup") << "\"wav";
+}
+
+// What was typed before the dialog opened is applied below it.
+void RecordCommandsTest::editsAreSavedWhateverTheViewShowsMeanwhile()
+{
+    QFETCH(QString, lookup);
+    start();
+    selectRows(*m_fixture, 1, 1);
+    const qint64 id = currentId(*m_fixture);
+    QVERIFY(!currentRecord().description().contains(QLatin1String("bell"), Qt::CaseInsensitive));
+    whenModal<MetaDataDialog>(&m_fixture->window(), [this, lookup](MetaDataDialog& dialog) {
+        m_fixture->view().setLookup(lookup, true);
+        QTRY_VERIFY(!m_fixture->view().metaDataModel()->isRequeryPending());
+        dialog.findChild<QLineEdit*>("libraryEdit")->setText("Harbour");
+        dialog.accept();
+    });
+    Message failure;
+    answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+
+    m_fixture->window().openCurrentMetaDataRow();
+
+    QCOMPARE(failure.text, QString());
+    QCOMPARE(value(*m_fixture, QStringLiteral("SELECT library FROM MetaData1 WHERE id=%1").arg(id)).toString(),
+        QStringLiteral("Harbour"));
+}
+
+void RecordCommandsTest::recordDeletedMeanwhileIsToldAndItsEditsStay()
 {
     start();
     selectRows(*m_fixture, 1, 1);
     const qint64 id = currentId(*m_fixture);
-    QString text;
-    whenModal<MetaDataDialog>(&m_fixture->window(), [this, id, &text](MetaDataDialog& dialog) {
+    Message failure;
+    QString typedText;
+    whenModal<MetaDataDialog>(&m_fixture->window(), [&](MetaDataDialog& dialog) {
         column(*m_fixture, QStringLiteral("DELETE FROM MetaData1 WHERE id=%1").arg(id));
-        dialog.findChild<QLineEdit*>("ratingEdit")->setText("9.0");
-        whenModal<QMessageBox>(&m_fixture->window(), [&text](QMessageBox& box) {
-            text = box.text();
-            box.accept();
-        });
+        dialog.findChild<QLineEdit*>("libraryEdit")->setText("Harbour");
+        answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+        whenModal<MetaDataDialog>(
+            &m_fixture->window(),
+            [&typedText](MetaDataDialog& again) {
+                typedText = again.findChild<QLineEdit*>("libraryEdit")->text();
+                again.reject();
+            },
+            [&failure](const MetaDataDialog&) { return !failure.text.isEmpty(); });
         dialog.accept();
     });
 
     m_fixture->window().openCurrentMetaDataRow();
 
-    QCOMPARE(text, QStringLiteral("This record does not exist any more. Nothing was saved."));
+    QCOMPARE(failure.text, QStringLiteral("This record does not exist any more. Nothing was saved."));
+    QCOMPARE(typedText, QStringLiteral("Harbour"));
     const QString counters = QStringLiteral("Found Records: %1").arg(sampleRows - 1);
     QTRY_VERIFY2(m_fixture->counters().startsWith(counters), qPrintable(m_fixture->counters()));
+}
+
+void RecordCommandsTest::editsOfARecordThatCannotBeReadStayInTheDialog()
+{
+    start();
+    selectRows(*m_fixture, 4, 4);
+    const qint64 id = currentId(*m_fixture);
+    Message failure;
+    whenModal<MetaDataDialog>(&m_fixture->window(), [&](MetaDataDialog& dialog) {
+        dialog.findChild<QLineEdit*>("ratingEdit")->setText("9.0");
+        column(*m_fixture, QStringLiteral("ALTER TABLE MetaData1 RENAME TO Away"));
+        answer(*m_fixture, QMessageBox::Critical, QMessageBox::Ok, &failure);
+        whenModal<MetaDataDialog>(
+            &m_fixture->window(),
+            [this](MetaDataDialog& again) {
+                column(*m_fixture, QStringLiteral("ALTER TABLE Away RENAME TO MetaData1"));
+                again.accept();
+            },
+            [&failure](const MetaDataDialog&) { return !failure.text.isEmpty(); });
+        dialog.accept();
+    });
+
+    m_fixture->window().openCurrentMetaDataRow();
+
+    QVERIFY2(failure.text.startsWith(QLatin1String("The record could not be saved.\n")), qPrintable(failure.text));
+    QVERIFY2(failure.text.contains(QLatin1String("no such table")), qPrintable(failure.text));
+    QCOMPARE(rating(*m_fixture, id), 9.0);
 }
 
 void RecordCommandsTest::editsThatCannotBeSavedStayInTheDialog()
