@@ -244,6 +244,8 @@ void MainWindow::connectView()
     connect(view, &MetaDataView::processingFinished, this, &MainWindow::forgetShownRatings);
     connect(view, &MetaDataView::processingFinished, this, &MainWindow::applyWaitingRatingSteps);
     connect(view, &MetaDataView::tableChaged, this, &MainWindow::forgetRatings);
+    // The same id is another record there.
+    connect(view, &MetaDataView::tableChaged, this, &MainWindow::forgetSavedRow);
     connect(view, &QAbstractItemView::doubleClicked, this, &MainWindow::openCurrentMetaDataRow);
     connect(view, &MetaDataView::returnPressed, this, &MainWindow::openCurrentMetaDataRow);
     connect(view, &MetaDataView::plusPressed, this, &MainWindow::increaseCurrentMetaDataRating);

@@ -181,6 +181,8 @@ private:
     MetaData currentRecord() const;
     StoredRecord storedRecord(qint64 id);
     void tellNothingWasSaved(const QString& title, const StoredRecord& stored);
+    /// The record to return to is no longer wanted, nor is the answer where it stands.
+    void forgetSavedRow();
     bool saveEdits(qint64 id, const MetaDataDialog& dialog);
     bool storeRecord(const MetaData& record);
     void changeCurrentRating(double step);
@@ -203,6 +205,8 @@ private:
     QString m_shownPlaybackFault;
     // Id of the record to return to after a requery; 0 when there is none.
     qint64 m_savedRow = 0;
+    // Finds that record's row, or null; deletes itself.
+    OperationReply* m_rowLookup = nullptr;
     QMenu* m_openTableMenu;
     QMenu* m_recordMenu;
     // Of the record menu, in its order.
@@ -217,7 +221,6 @@ private:
     QTimer m_stateSaveTimer;
     bool m_isCommandRunning = false;
     bool m_isEnding = false;
-    bool m_isRowLookupPending = false;
     bool m_isReturningToRecord = false;
     // Writes of single records, or of a whole table, that nobody waits for.
     int m_pendingWrites = 0;

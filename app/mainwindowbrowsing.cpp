@@ -127,17 +127,28 @@ void MainWindow::restoreSavedRow()
     if (m_savedRow <= 0 || m_pendingWrites > 0 || m_requeryTimer.isActive())
         return;
     OperationReply* reply = m_ui->metaDataView->metaDataModel()->lookupRow(m_savedRow);
+    forgetSavedRow();
+    m_rowLookup = reply;
+    if (!reply)
+        return;
+    connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
+    connect(reply, &OperationReply::finished, this, &MainWindow::finalizeRowLookup);
+}
+
+void MainWindow::forgetSavedRow()
+{
     m_savedRow = 0;
-    m_isRowLookupPending = reply != nullptr;
-    if (reply)
-        connect(reply, &OperationReply::finished, this, &MainWindow::finalizeRowLookup);
+    if (m_rowLookup)
+        m_rowLookup->disconnect(this);
+    m_rowLookup = nullptr;
 }
 
 void MainWindow::finalizeRowLookup()
 {
     auto* reply = qobject_cast<OperationReply*>(sender());
     reply->deleteLater();
-    m_isRowLookupPending = false;
+    if (reply == m_rowLookup)
+        m_rowLookup = nullptr;
     if (reply->hasError())
         return;
     MetaDataView* view = m_ui->metaDataView;

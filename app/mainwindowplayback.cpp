@@ -71,6 +71,11 @@ void MainWindow::handleCurrentRowChange()
     // The same record has become current again.
     if (m_isReturningToRecord || m_ui->metaDataView->isRestoringSelection())
         return;
+    // The user has moved on. What follows a rating leads back to the new record; once its rows are there, nowhere.
+    const bool isRequeryAwaited = m_savedRow > 0;
+    forgetSavedRow();
+    if (isRequeryAwaited)
+        saveSelection();
     resetAudioPlayer();
     if (m_ui->autoPlayButton->isChecked())
         m_playbackTimer.start();

@@ -35,7 +35,7 @@ bool MainWindow::isSettled() const
 {
     const MetaDataModel* model = m_ui->metaDataView->metaDataModel();
     return m_pendingWrites == 0 && !m_requeryTimer.isActive() && !model->isProcessing() && !model->isRequeryPending()
-        && m_savedRow == 0 && !m_isRowLookupPending;
+        && m_savedRow == 0 && !m_rowLookup;
 }
 
 bool MainWindow::waitUntilSettled()

@@ -3,6 +3,7 @@
 #include "tests/app/windowfixture.h"
 
 #include "browse/metadatamodel.h"
+#include "tests/support/storefixture.h"
 #include "ui/metadatadialog.h"
 
 #include <QLineEdit>
@@ -27,6 +28,10 @@ private slots:
     void ratingStopsAtItsEnds_data();
     void ratingStopsAtItsEnds();
     void ratedRecordStaysCurrentWhenSortedByRating();
+    void recordMovedToAfterARatingStaysCurrent_data();
+    void recordMovedToAfterARatingStaysCurrent();
+    void moveWhileTheRatedRecordIsLookedUpStays();
+    void ratingSelectsNothingInAnotherTable();
     void pressAfterAFailedWriteStartsFromWhatIsStored_data();
     void pressAfterAFailedWriteStartsFromWhatIsStored();
     void ratingKeysWithoutARecordDoNothing();
@@ -46,6 +51,8 @@ private slots:
 private:
     void start();
     MetaData currentRecord();
+    Database& store() { return *m_fixture->view().metaDataModel()->database(); }
+    void waitUntilReturned();
 
     std::unique_ptr<WindowFixture> m_fixture;
 };
@@ -70,6 +77,16 @@ void RecordCommandsTest::start()
 MetaData RecordCommandsTest::currentRecord()
 {
     return m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>();
+}
+
+// Long enough for all that follows a rating: one more requery, and an answer after it.
+void RecordCommandsTest::waitUntilReturned()
+{
+    QTRY_VERIFY(isIdle(*m_fixture));
+    QSignalSpy processed(&m_fixture->view(), &MetaDataView::processingFinished);
+    m_fixture->window().requeryLater();
+    QTRY_VERIFY(processed.count() > 0 && isIdle(*m_fixture));
+    QVERIFY(!TestSupport::await(store().getRowsCount(1, {}))->hasError());
 }
 
 void RecordCommandsTest::plusAndMinusStepTheRating()
@@ -153,6 +170,80 @@ void RecordCommandsTest::ratedRecordStaysCurrentWhenSortedByRating()
     QTRY_COMPARE(idAt(*m_fixture, 0), id);
     QTRY_COMPARE(m_fixture->view().currentIndex().row(), 0);
     QCOMPARE(m_fixture->view().selectedRowsCount(), 1);
+}
+
+void RecordCommandsTest::recordMovedToAfterARatingStaysCurrent_data()
+{
+    QTest::addColumn<int>("sortColumn");
+    QTest::addColumn<int>("key");
+    QTest::newRow("down") << int(MetaDataModel::FilePathColumn) << int(Qt::Key_Down);
+    QTest::newRow("up") << int(MetaDataModel::FilePathColumn) << int(Qt::Key_Up);
+    // The rated record comes to the top and pushes the others down.
+    QTest::newRow("down, by rating") << int(MetaDataModel::RatingColumn) << int(Qt::Key_Down);
+    QTest::newRow("up, by rating") << int(MetaDataModel::RatingColumn) << int(Qt::Key_Up);
+}
+
+void RecordCommandsTest::recordMovedToAfterARatingStaysCurrent()
+{
+    QFETCH(int, sortColumn);
+    QFETCH(int, key);
+    start();
+    m_fixture->view().sortByColumn(sortColumn, Qt::DescendingOrder);
+    QTRY_VERIFY(isIdle(*m_fixture));
+    selectRows(*m_fixture, 4, 4);
+    const qint64 rated = currentId(*m_fixture);
+    TestSupport::StoreHold hold(store());
+    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
+    QTest::keyClick(&m_fixture->view(), Qt::Key(key));
+    const qint64 movedTo = currentId(*m_fixture);
+    QVERIFY(movedTo != rated);
+
+    hold.release();
+    QTRY_COMPARE(rating(*m_fixture, rated), 2.0);
+    waitUntilReturned();
+
+    QCOMPARE(currentId(*m_fixture), movedTo);
+    QCOMPARE(m_fixture->view().selectedRowsCount(), 1);
+}
+
+// The rows have been read again; only where the rated record stands has not been answered yet.
+void RecordCommandsTest::moveWhileTheRatedRecordIsLookedUpStays()
+{
+    start();
+    selectRows(*m_fixture, 4, 4);
+    std::unique_ptr<TestSupport::StoreHold> hold;
+    const auto holding = connect(&m_fixture->view(), &MetaDataView::requeried, this,
+        [this, &hold] { hold = std::make_unique<TestSupport::StoreHold>(store()); });
+    QSignalSpy processed(&m_fixture->view(), &MetaDataView::processingFinished);
+    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
+    QTRY_VERIFY(hold && processed.count() > 0);
+    disconnect(holding);
+
+    selectRows(*m_fixture, 5, 8);
+    hold->release();
+    waitUntilReturned();
+
+    QCOMPARE(m_fixture->view().currentIndex().row(), 5);
+    QCOMPARE(m_fixture->view().selectedRowsCount(), 4);
+}
+
+void RecordCommandsTest::ratingSelectsNothingInAnotherTable()
+{
+    start();
+    selectRows(*m_fixture, 0, 0);
+    const qint64 id = currentId(*m_fixture);
+    // There is a record of this id, too.
+    QVERIFY(id <= rowsOfTable3);
+    TestSupport::StoreHold hold(store());
+    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
+
+    m_fixture->view().setTableId(3);
+    hold.release();
+    QTRY_COMPARE(m_fixture->view().model()->rowCount(), rowsOfTable3);
+    waitUntilReturned();
+
+    QCOMPARE(rating(*m_fixture, id), 2.0);
+    QVERIFY(!m_fixture->view().selectionModel()->hasSelection());
 }
 
 void RecordCommandsTest::pressAfterAFailedWriteStartsFromWhatIsStored_data()

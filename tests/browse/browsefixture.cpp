@@ -76,22 +76,3 @@ bool TestSupport::isShown(const MetaDataModel& model, int row)
 {
     return model.index(row, 0).data().isValid();
 }
-
-TestSupport::StoreHold::StoreHold(StoreFixture& store)
-{
-    QMetaObject::invokeMethod(
-        &store.database(), [released = m_released]() { released->acquire(); }, Qt::QueuedConnection);
-}
-
-TestSupport::StoreHold::~StoreHold()
-{
-    release();
-}
-
-void TestSupport::StoreHold::release()
-{
-    if (m_isReleased)
-        return;
-    m_isReleased = true;
-    m_released->release();
-}

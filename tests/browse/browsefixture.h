@@ -5,7 +5,6 @@
 #include "tests/support/storefixture.h"
 
 #include <QElapsedTimer>
-#include <QSemaphore>
 
 namespace TestSupport {
 
@@ -61,22 +60,5 @@ struct Screen
 
 /// Reads a cell, as a view that paints it does; false when it is empty.
 bool isShown(const MetaDataModel& model, int row);
-
-/// Keeps the store's thread busy while it lives, so that what is requested meanwhile stays unanswered.
-///
-/// Owner and thread: one test. Nothing may wait for the store before the hold is released.
-class StoreHold final
-{
-public:
-    explicit StoreHold(StoreFixture& store);
-    ~StoreHold();
-    Q_DISABLE_COPY(StoreHold)
-
-    void release();
-
-private:
-    std::shared_ptr<QSemaphore> m_released = std::make_shared<QSemaphore>();
-    bool m_isReleased = false;
-};
 
 } // namespace TestSupport

@@ -149,3 +149,27 @@ MetaDataList TestSupport::StoreFixture::records(int tableId)
     const auto reply = await(m_database->pullMetaData(tableId, {}));
     return reply->result(QStringLiteral("items")).value<MetaDataList>();
 }
+
+TestSupport::StoreHold::StoreHold(Database& store)
+{
+    QMetaObject::invokeMethod(
+        &store, [released = m_released]() { released->acquire(); }, Qt::QueuedConnection);
+}
+
+TestSupport::StoreHold::StoreHold(StoreFixture& store)
+    : StoreHold(store.database())
+{
+}
+
+TestSupport::StoreHold::~StoreHold()
+{
+    release();
+}
+
+void TestSupport::StoreHold::release()
+{
+    if (m_isReleased)
+        return;
+    m_isReleased = true;
+    m_released->release();
+}

@@ -6,6 +6,7 @@
 #include "store/metadata.h"
 #include "store/operationreply.h"
 
+#include <QSemaphore>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -56,6 +57,24 @@ private:
     QTemporaryDir m_folder;
     QThread m_thread;
     std::unique_ptr<Database> m_database;
+};
+
+/// Keeps the store's thread busy while it lives, so that what is requested meanwhile stays unanswered.
+///
+/// Owner and thread: one test. Nothing may wait for the store before the hold is released.
+class StoreHold final
+{
+public:
+    explicit StoreHold(Database& store);
+    explicit StoreHold(StoreFixture& store);
+    ~StoreHold();
+    Q_DISABLE_COPY(StoreHold)
+
+    void release();
+
+private:
+    std::shared_ptr<QSemaphore> m_released = std::make_shared<QSemaphore>();
+    bool m_isReleased = false;
 };
 
 } // namespace TestSupport
