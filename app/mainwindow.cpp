@@ -303,6 +303,7 @@ void MainWindow::endSession()
     resetAudioPlayer();
     if (!m_session || !m_session->isRunning())
         return;
+    finishRatings();
     // First the reader, then the store: nobody asks a closed store for a page.
     m_ui->metaDataView->setDatabase(nullptr, m_ui->metaDataView->tableId());
     m_session->end();

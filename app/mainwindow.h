@@ -188,8 +188,11 @@ private:
     void changeCurrentRating(double step);
     void applyWaitingRatingSteps();
     void forgetShownRatings();
+    MetaData recordToRate(qint64 id);
     void rateRecord(MetaData record, double step);
-    /// Before any other write: what is known of rated records may no longer be true.
+    /// Before any other write, another table and the end: every press is sent to the store, then forgotten here.
+    void finishRatings();
+    /// What is known of rated records may no longer be true.
     void forgetRatings();
     Database* database() const;
 

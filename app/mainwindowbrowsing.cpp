@@ -102,7 +102,9 @@ void MainWindow::handleOpenTableAction()
     // A command works on the table that it was started on.
     if (m_isCommandRunning)
         return;
-    m_ui->metaDataView->setTableId(sender()->property(tableIdProperty).toInt());
+    const int tableId = sender()->property(tableIdProperty).toInt();
+    finishRatings();
+    m_ui->metaDataView->setTableId(tableId);
     m_stateSaveTimer.start();
 }
 

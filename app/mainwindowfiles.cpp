@@ -186,7 +186,7 @@ void MainWindow::on_restoreDatabaseAction_triggered()
     const QString filePath = chooseDatabaseFile(this, tr("Restore Database File"), QFileDialog::AcceptOpen);
     if (filePath.isEmpty() || !waitUntilSettled())
         return;
-    forgetRatings();
+    finishRatings();
     DatabaseRestore restore(*database());
     bool isCopied = false;
     {

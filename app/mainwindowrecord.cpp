@@ -70,18 +70,31 @@ void MainWindow::changeCurrentRating(double step)
 
 void MainWindow::applyWaitingRatingSteps()
 {
-    const QHash<qint64, double> steps = m_waitingRatingSteps;
-    for (auto waiting = steps.cbegin(); waiting != steps.cend(); ++waiting) {
-        const MetaData record = m_ui->metaDataView->metaDataModel()->freshRecord(waiting.key());
-        if (record.isNull())
-            continue;
-        m_waitingRatingSteps.remove(waiting.key());
-        rateRecord(record, waiting.value());
-    }
+    QHash<qint64, double> steps;
+    steps.swap(m_waitingRatingSteps);
+    for (auto waiting = steps.cbegin(); waiting != steps.cend(); ++waiting)
+        rateRecord(recordToRate(waiting.key()), waiting.value());
+}
+
+// From the store where the table does not show it, or no longer. Nothing else may begin meanwhile.
+MetaData MainWindow::recordToRate(qint64 id)
+{
+    const MetaData shownRecord = m_ui->metaDataView->metaDataModel()->freshRecord(id);
+    if (!shownRecord.isNull())
+        return shownRecord;
+    const CommandGuard guard(m_isCommandRunning);
+    ++m_pendingWrites;
+    MetaData record = storedRecord(id).record;
+    --m_pendingWrites;
+    // What had to wait for this goes on after it.
+    requeryLater();
+    return record;
 }
 
 void MainWindow::rateRecord(MetaData record, double step)
 {
+    if (record.isNull())
+        return;
     const double rating = qBound(0.0, record.rating() + step, greatestRating);
     if (rating == record.rating())
         return;
@@ -104,6 +117,12 @@ void MainWindow::forgetShownRatings()
 {
     if (m_pendingWrites == 0 && !m_requeryTimer.isActive() && !m_ui->metaDataView->metaDataModel()->isRequeryPending())
         m_ratedRecords.clear();
+}
+
+void MainWindow::finishRatings()
+{
+    applyWaitingRatingSteps();
+    forgetRatings();
 }
 
 void MainWindow::forgetRatings()
@@ -160,7 +179,7 @@ bool MainWindow::saveEdits(qint64 id, const MetaDataDialog& dialog)
         tellNothingWasSaved(dialog.windowTitle(), stored);
         return false;
     }
-    forgetRatings();
+    finishRatings();
     saveSelection();
     const bool isStored = storeRecord(withUserFieldsOf(dialog.metaData(), stored.record));
     requery();

@@ -56,7 +56,7 @@ void MainWindow::scan(const QStringList& paths)
     const auto rules = guard.isEntered() && !paths.isEmpty() ? libraryEvaluationRules() : std::nullopt;
     if (!rules)
         return;
-    forgetRatings();
+    finishRatings();
     const ReplyPointer reply(database()->scan(m_ui->metaDataView->tableId(), paths, *rules));
     Settings settings(scanDialogGroup());
     const QString key = QStringLiteral("showLastScannedOnly");

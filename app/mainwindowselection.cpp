@@ -40,6 +40,7 @@ bool MainWindow::isSettled() const
 
 bool MainWindow::waitUntilSettled()
 {
+    applyWaitingRatingSteps();
     if (m_requeryTimer.isActive()) {
         m_requeryTimer.stop();
         requery();
@@ -117,7 +118,7 @@ void MainWindow::deleteSelectedRecords()
     const QVariantList ids = gatherSelectedIds(seenIds);
     if (ids.isEmpty())
         return;
-    forgetRatings();
+    finishRatings();
     const ReplyPointer reply(database()->deleteMetaData(tableId, ids));
     const OperationTexts texts{ tr("Deleting Mata Data Records"), {}, tr("Records deleted: %v of %m"), {} };
     if (runForRecords(this, reply.get(), ids.size(), texts))
@@ -143,7 +144,7 @@ void MainWindow::setSelectedOnPlaylist(bool isOnPlaylist)
     const QVariantList ids = gatherSelectedIds(shownSelectedIds());
     if (ids.isEmpty())
         return;
-    forgetRatings();
+    finishRatings();
     const ReplyPointer reply(database()->setMetaDataPlaylist(tableId, ids, isOnPlaylist ? 1 : 0));
     const QString title
         = isOnPlaylist ? tr("Adding Mata Data records to Playlist") : tr("Removing Mata Data records from Playlist");

@@ -70,7 +70,7 @@ void MainWindow::on_deleteAllAction_triggered()
             tr("Are you sure you want to delete all Meta Data records from the current database table?"),
             tr("You cannot undo this action")))
         return;
-    forgetRatings();
+    finishRatings();
     OperationReply* reply = database()->clearTable(tableId);
     ++m_pendingWrites;
     connect(reply, &OperationReply::finished, reply, &QObject::deleteLater);
@@ -98,7 +98,7 @@ void MainWindow::on_evaluateLibrariesAction_triggered()
     const auto rules = guard.isEntered() ? libraryEvaluationRules() : std::nullopt;
     if (!rules)
         return;
-    forgetRatings();
+    finishRatings();
     const ReplyPointer reply(database()->evaluateLibraries(m_ui->metaDataView->tableId(), *rules));
     const OperationTexts texts{ tr("Evaluating Meta Data Libraries"), tr("Preparing..."),
         tr("Records handled: %v of %m"), {} };
@@ -158,7 +158,7 @@ void MainWindow::on_searchAndReplaceAction_triggered()
         return;
     m_settings->setValue(fieldsKey(), dialog.fields());
     m_settings->setValue(caseSensitivityKey(), int(dialog.caseSensitivity()));
-    forgetRatings();
+    finishRatings();
     const ReplyPointer reply(database()->replace(m_ui->metaDataView->tableId(), dialog.fields(), dialog.searchText(),
         dialog.replaceText(), dialog.caseSensitivity(), m_ui->metaDataView->metaDataModel()->queryParameters()));
     const OperationTexts texts{ tr("Searching and Replacing Meta Data"), tr("Preparing..."),

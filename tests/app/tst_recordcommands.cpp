@@ -3,7 +3,6 @@
 #include "tests/app/windowfixture.h"
 
 #include "browse/metadatamodel.h"
-#include "tests/support/storefixture.h"
 #include "ui/metadatadialog.h"
 
 #include <QLineEdit>
@@ -12,7 +11,7 @@
 #include <QPushButton>
 #include <QtTest>
 
-// The commands on the current record, in the window, with the database file read beside it.
+// The commands on the current record but for the rating keys, in the window, with the database file read beside it.
 
 using namespace CommandHelpers;
 
@@ -23,18 +22,6 @@ class RecordCommandsTest : public QObject
 private slots:
     void init();
     void cleanup();
-    void plusAndMinusStepTheRating();
-    void everyQuickPressCounts();
-    void ratingStopsAtItsEnds_data();
-    void ratingStopsAtItsEnds();
-    void ratedRecordStaysCurrentWhenSortedByRating();
-    void recordMovedToAfterARatingStaysCurrent_data();
-    void recordMovedToAfterARatingStaysCurrent();
-    void moveWhileTheRatedRecordIsLookedUpStays();
-    void ratingSelectsNothingInAnotherTable();
-    void pressAfterAFailedWriteStartsFromWhatIsStored_data();
-    void pressAfterAFailedWriteStartsFromWhatIsStored();
-    void ratingKeysWithoutARecordDoNothing();
     void showInfoSavesOnlyTheUserFields();
     void showInfoOpensByKeyAndDoubleClick_data();
     void showInfoOpensByKeyAndDoubleClick();
@@ -51,8 +38,6 @@ private slots:
 private:
     void start();
     MetaData currentRecord();
-    Database& store() { return *m_fixture->view().metaDataModel()->database(); }
-    void waitUntilReturned();
 
     std::unique_ptr<WindowFixture> m_fixture;
 };
@@ -77,218 +62,6 @@ void RecordCommandsTest::start()
 MetaData RecordCommandsTest::currentRecord()
 {
     return m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>();
-}
-
-// Long enough for all that follows a rating: one more requery, and an answer after it.
-void RecordCommandsTest::waitUntilReturned()
-{
-    QTRY_VERIFY(isIdle(*m_fixture));
-    QSignalSpy processed(&m_fixture->view(), &MetaDataView::processingFinished);
-    m_fixture->window().requeryLater();
-    QTRY_VERIFY(processed.count() > 0 && isIdle(*m_fixture));
-    QVERIFY(!TestSupport::await(store().getRowsCount(1, {}))->hasError());
-}
-
-void RecordCommandsTest::plusAndMinusStepTheRating()
-{
-    start();
-    selectRows(*m_fixture, 2, 2);
-    const qint64 id = currentId(*m_fixture);
-    const QVariantMap before
-        = m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>().toVariantMap();
-
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-    QTRY_COMPARE(rating(*m_fixture, id), 2.0);
-    QTRY_VERIFY(isIdle(*m_fixture));
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Minus);
-    QTRY_COMPARE(rating(*m_fixture, id), 1.0);
-
-    QTRY_VERIFY(isIdle(*m_fixture));
-    QCOMPARE(currentId(*m_fixture), id);
-    QCOMPARE(m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>().toVariantMap(), before);
-}
-
-void RecordCommandsTest::everyQuickPressCounts()
-{
-    start();
-    selectRows(*m_fixture, 0, 0);
-    const qint64 first = currentId(*m_fixture);
-
-    for (int press = 0; press < 7; ++press)
-        QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-    // On another record, before the answers to the first are there.
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Down);
-    const qint64 second = currentId(*m_fixture);
-    for (int press = 0; press < 3; ++press)
-        QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-
-    QVERIFY(first != second);
-    QTRY_COMPARE(rating(*m_fixture, first), 8.0);
-    QTRY_COMPARE(rating(*m_fixture, second), 4.0);
-}
-
-void RecordCommandsTest::ratingStopsAtItsEnds_data()
-{
-    QTest::addColumn<double>("before");
-    QTest::addColumn<int>("key");
-    QTest::addColumn<double>("after");
-    QTest::newRow("top") << 100.0 << int(Qt::Key_Plus) << 100.0;
-    QTest::newRow("just below the top") << 99.5 << int(Qt::Key_Plus) << 100.0;
-    QTest::newRow("bottom") << 0.0 << int(Qt::Key_Minus) << 0.0;
-    QTest::newRow("just above the bottom") << 0.5 << int(Qt::Key_Minus) << 0.0;
-}
-
-void RecordCommandsTest::ratingStopsAtItsEnds()
-{
-    QFETCH(double, before);
-    QFETCH(int, key);
-    QFETCH(double, after);
-    column(*m_fixture, QStringLiteral("UPDATE MetaData1 SET rating=%1").arg(before));
-    start();
-    selectRows(*m_fixture, 0, 0);
-    const qint64 id = currentId(*m_fixture);
-
-    QTest::keyClick(&m_fixture->view(), Qt::Key(key));
-    QTest::keyClick(&m_fixture->view(), Qt::Key(key));
-
-    QTRY_COMPARE(rating(*m_fixture, id), after);
-    QTRY_VERIFY(isIdle(*m_fixture));
-    QCOMPARE(value(*m_fixture, QStringLiteral("SELECT COUNT(*) FROM MetaData1 WHERE rating=%1").arg(before)).toInt(),
-        before == after ? sampleRows : sampleRows - 1);
-}
-
-void RecordCommandsTest::ratedRecordStaysCurrentWhenSortedByRating()
-{
-    start();
-    m_fixture->view().sortByColumn(MetaDataModel::RatingColumn, Qt::DescendingOrder);
-    QTRY_VERIFY(isIdle(*m_fixture));
-    selectRows(*m_fixture, 30, 30);
-    const qint64 id = currentId(*m_fixture);
-
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-
-    QTRY_COMPARE(idAt(*m_fixture, 0), id);
-    QTRY_COMPARE(m_fixture->view().currentIndex().row(), 0);
-    QCOMPARE(m_fixture->view().selectedRowsCount(), 1);
-}
-
-void RecordCommandsTest::recordMovedToAfterARatingStaysCurrent_data()
-{
-    QTest::addColumn<int>("sortColumn");
-    QTest::addColumn<int>("key");
-    QTest::newRow("down") << int(MetaDataModel::FilePathColumn) << int(Qt::Key_Down);
-    QTest::newRow("up") << int(MetaDataModel::FilePathColumn) << int(Qt::Key_Up);
-    // The rated record comes to the top and pushes the others down.
-    QTest::newRow("down, by rating") << int(MetaDataModel::RatingColumn) << int(Qt::Key_Down);
-    QTest::newRow("up, by rating") << int(MetaDataModel::RatingColumn) << int(Qt::Key_Up);
-}
-
-void RecordCommandsTest::recordMovedToAfterARatingStaysCurrent()
-{
-    QFETCH(int, sortColumn);
-    QFETCH(int, key);
-    start();
-    m_fixture->view().sortByColumn(sortColumn, Qt::DescendingOrder);
-    QTRY_VERIFY(isIdle(*m_fixture));
-    selectRows(*m_fixture, 4, 4);
-    const qint64 rated = currentId(*m_fixture);
-    TestSupport::StoreHold hold(store());
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-    QTest::keyClick(&m_fixture->view(), Qt::Key(key));
-    const qint64 movedTo = currentId(*m_fixture);
-    QVERIFY(movedTo != rated);
-
-    hold.release();
-    QTRY_COMPARE(rating(*m_fixture, rated), 2.0);
-    waitUntilReturned();
-
-    QCOMPARE(currentId(*m_fixture), movedTo);
-    QCOMPARE(m_fixture->view().selectedRowsCount(), 1);
-}
-
-// The rows have been read again; only where the rated record stands has not been answered yet.
-void RecordCommandsTest::moveWhileTheRatedRecordIsLookedUpStays()
-{
-    start();
-    selectRows(*m_fixture, 4, 4);
-    std::unique_ptr<TestSupport::StoreHold> hold;
-    const auto holding = connect(&m_fixture->view(), &MetaDataView::requeried, this,
-        [this, &hold] { hold = std::make_unique<TestSupport::StoreHold>(store()); });
-    QSignalSpy processed(&m_fixture->view(), &MetaDataView::processingFinished);
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-    QTRY_VERIFY(hold && processed.count() > 0);
-    disconnect(holding);
-
-    selectRows(*m_fixture, 5, 8);
-    hold->release();
-    waitUntilReturned();
-
-    QCOMPARE(m_fixture->view().currentIndex().row(), 5);
-    QCOMPARE(m_fixture->view().selectedRowsCount(), 4);
-}
-
-void RecordCommandsTest::ratingSelectsNothingInAnotherTable()
-{
-    start();
-    selectRows(*m_fixture, 0, 0);
-    const qint64 id = currentId(*m_fixture);
-    // There is a record of this id, too.
-    QVERIFY(id <= rowsOfTable3);
-    TestSupport::StoreHold hold(store());
-    QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-
-    m_fixture->view().setTableId(3);
-    hold.release();
-    QTRY_COMPARE(m_fixture->view().model()->rowCount(), rowsOfTable3);
-    waitUntilReturned();
-
-    QCOMPARE(rating(*m_fixture, id), 2.0);
-    QVERIFY(!m_fixture->view().selectionModel()->hasSelection());
-}
-
-void RecordCommandsTest::pressAfterAFailedWriteStartsFromWhatIsStored_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<double>("after");
-    QTest::newRow("up again") << int(Qt::Key_Plus) << 2.0;
-    QTest::newRow("down") << int(Qt::Key_Minus) << 0.0;
-}
-
-void RecordCommandsTest::pressAfterAFailedWriteStartsFromWhatIsStored()
-{
-    QFETCH(int, key);
-    QFETCH(double, after);
-    start();
-    selectRows(*m_fixture, 2, 2);
-    const qint64 id = currentId(*m_fixture);
-    const auto shownRating = [this] {
-        return m_fixture->view().currentIndex().data(MetaDataModel::RecordRole).value<MetaData>().rating();
-    };
-    {
-        const WriteLock lock(*m_fixture);
-        QTest::keyClick(&m_fixture->view(), Qt::Key_Plus);
-        QCOMPARE(shownRating(), 2.0);
-        QTRY_COMPARE_WITH_TIMEOUT(shownRating(), 1.0, patienceWithALock);
-        QTRY_VERIFY(isIdle(*m_fixture));
-    }
-
-    QTest::keyClick(&m_fixture->view(), Qt::Key(key));
-
-    QTRY_COMPARE(rating(*m_fixture, id), after);
-    QTRY_VERIFY(isIdle(*m_fixture));
-    QCOMPARE(shownRating(), after);
-}
-
-void RecordCommandsTest::ratingKeysWithoutARecordDoNothing()
-{
-    start();
-    m_fixture->view().clearSelection();
-    m_fixture->view().setCurrentIndex(QModelIndex());
-
-    m_fixture->window().increaseCurrentMetaDataRating();
-    m_fixture->window().decreaseCurrentMetaDataRating();
-
-    QVERIFY(isIdle(*m_fixture));
 }
 
 void RecordCommandsTest::showInfoSavesOnlyTheUserFields()
