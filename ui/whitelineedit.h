@@ -6,6 +6,9 @@
 
 /// A line edit that fits the styled buttons; it may have an icon before its text.
 ///
+/// The shortcuts of its window's actions work while it has the focus, save those of the common text commands (undo,
+/// redo, cut, copy, paste, delete, select all).
+///
 /// Owner: its Qt parent. Thread: GUI.
 class WhiteLineEdit : public QLineEdit
 {
@@ -18,6 +21,9 @@ public:
     QIcon leadingIcon() const;
     /// Says what the edit is for; a click on it only takes the focus there. A null icon takes it away.
     void setLeadingIcon(const QIcon& icon);
+
+protected:
+    bool event(QEvent* event) override;
 
 private:
     QAction* m_leadingAction = nullptr;

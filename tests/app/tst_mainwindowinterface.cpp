@@ -63,6 +63,9 @@ private slots:
     void narrowWindowKeepsTheButtonsAndGoesWithoutTheWordMark();
     void longCountersDoNotWidenTheWindow();
     void tabWalksFromTheTableThroughTheRowsAndBack();
+    // The last: it takes their commands from the actions.
+    void shortcutsWorkFromTheSearchField_data();
+    void shortcutsWorkFromTheSearchField();
 
 private:
     std::unique_ptr<WindowFixture> m_fixture;
@@ -433,6 +436,34 @@ void MainWindowInterfaceTest::tabWalksFromTheTableThroughTheRowsAndBack()
     } while (names.last() != QLatin1String("metaDataView") && names.size() < expected.size());
 
     QCOMPARE(names, expected);
+}
+
+void MainWindowInterfaceTest::shortcutsWorkFromTheSearchField_data()
+{
+    QTest::addColumn<QString>("name");
+    const QList<QAction*> actions = m_fixture->window().findChildren<QAction*>();
+    for (const QAction* action : actions) {
+        if (!action->shortcut().isEmpty() && action->shortcutContext() == Qt::WindowShortcut)
+            QTest::newRow(qPrintable(action->objectName())) << action->objectName();
+    }
+}
+
+void MainWindowInterfaceTest::shortcutsWorkFromTheSearchField()
+{
+    QFETCH(QString, name);
+    auto* action = m_fixture->window().findChild<QAction*>(name);
+    auto* edit = m_fixture->child<QLineEdit>("lookupEdit");
+    m_fixture->window().activateWindow();
+    edit->setFocus();
+    QTRY_VERIFY(edit->hasFocus());
+    // Only whether it is reached counts, not what it does.
+    const bool wasConnected = action->disconnect(&m_fixture->window());
+    QSignalSpy triggered(action, &QAction::triggered);
+
+    QTest::keySequence(edit, action->shortcut());
+
+    QVERIFY(wasConnected);
+    QCOMPARE(triggered.count(), 1);
 }
 
 QTEST_MAIN(MainWindowInterfaceTest)

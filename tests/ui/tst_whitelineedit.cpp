@@ -31,6 +31,8 @@ private slots:
     void iconCanBeChangedAndTakenAway();
     void clickOnTheIconTakesTheFocusToTheEdit();
     void clearButtonClears();
+    void shortcutsOfTheWindowWorkInTheEdit_data();
+    void shortcutsOfTheWindowWorkInTheEdit();
 
 private:
     std::unique_ptr<WhiteLineEdit> makeEdit(bool isDark = false) const;
@@ -229,6 +231,38 @@ void WhiteLineEditTest::clearButtonClears()
     QTRY_COMPARE(button->property("opacity").toReal(), 0.0);
     // The animations go by themselves, but not after the last event loop.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void WhiteLineEditTest::shortcutsOfTheWindowWorkInTheEdit_data()
+{
+    QTest::addColumn<QKeySequence>("shortcut");
+    QTest::addColumn<bool>("isOfTheWindow");
+
+    for (const char* keys : { "Ctrl+E", "Ctrl+K", "Ctrl+P", "Ctrl+Q", "Ctrl+U", "F5" })
+        QTest::newRow(keys) << QKeySequence(QLatin1String(keys)) << true;
+    for (const char* keys : { "Ctrl+A", "Ctrl+C", "Ctrl+V", "Ctrl+X", "Ctrl+Z", "Ctrl+Shift+Z", "Del" })
+        QTest::newRow(keys) << QKeySequence(QLatin1String(keys)) << false;
+}
+
+void WhiteLineEditTest::shortcutsOfTheWindowWorkInTheEdit()
+{
+    QFETCH(QKeySequence, shortcut);
+    QFETCH(bool, isOfTheWindow);
+    QWidget window;
+    WhiteLineEdit edit(&window);
+    edit.setText("some text");
+    QAction action(&window);
+    action.setShortcut(shortcut);
+    window.addAction(&action);
+    QSignalSpy triggered(&action, &QAction::triggered);
+    window.show();
+    window.activateWindow();
+    edit.setFocus();
+    QTRY_VERIFY(edit.hasFocus());
+
+    QTest::keySequence(&edit, shortcut);
+
+    QCOMPARE(triggered.count(), isOfTheWindow ? 1 : 0);
 }
 
 QTEST_MAIN(WhiteLineEditTest)
