@@ -51,6 +51,9 @@ void MainWindow::on_scanFilesAction_triggered()
 
 void MainWindow::scan(const QStringList& paths)
 {
+    // A drop reaches the table also while the window waits for the store to close.
+    if (m_isEnding)
+        return;
     const CommandGuard guard(m_isCommandRunning);
     // Of a drop of web links, say, nothing is left.
     const auto rules = guard.isEntered() && !paths.isEmpty() ? libraryEvaluationRules() : std::nullopt;

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/app/windowfixture.h"
 
+#include "browse/metadatamodel.h"
 #include "store/operationreply.h"
 #include "tests/scan/soundfiles.h"
 #include "tests/support/messagerecorder.h"
+#include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
 #include "ui/operationdialog.h"
 #include "ui/settings.h"
@@ -110,6 +112,7 @@ private slots:
     void droppedFilesAreScanned();
     void scanDuringAScanIsIgnored();
     void dropBelowTheDisclaimerIsIgnored();
+    void dropBeforeClosingIsIgnored();
     void quittingDuringAScanLeavesTheTable();
 };
 
@@ -382,6 +385,35 @@ void ScanCommandTest::dropBelowTheDisclaimerIsIgnored()
     fixture.window().showWarrantyDisclaimerDialog();
 
     QTRY_COMPARE(fixture.counters(), found(sampleRows));
+}
+
+void ScanCommandTest::dropBeforeClosingIsIgnored()
+{
+    WindowFixture fixture;
+    fixture.start();
+    QTRY_COMPARE(fixture.counters(), found(sampleRows));
+    const QString folder = makeSounds(fixture, 3);
+    TestSupport::StoreHold hold(*fixture.view().metaDataModel()->database());
+    bool isAsked = false;
+    // After the window's own connection: by then a scan would have begun.
+    connect(&fixture.view(), &MetaDataView::scanRequested, this, [&] {
+        isAsked = true;
+        hold.release();
+    });
+    bool isShown = false;
+    whenModal<OperationDialog>(&fixture.window(), [&](OperationDialog& dialog) {
+        isShown = true;
+        hold.release();
+        dialog.reject();
+    });
+
+    drop(fixture.view(), { QUrl::fromLocalFile(folder) });
+    fixture.close();
+
+    QVERIFY(isAsked);
+    QVERIFY(!isShown);
+    const QString count = QStringLiteral("SELECT COUNT(*) FROM MetaData1");
+    QCOMPARE(TestSupport::firstValue(fixture.databaseFile(), count).toInt(), sampleRows);
 }
 
 void ScanCommandTest::quittingDuringAScanLeavesTheTable()
