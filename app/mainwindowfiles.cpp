@@ -29,8 +29,6 @@
 
 namespace {
 
-constexpr QMarginsF reportMargins(20, 10, 10, 10); // millimetres
-
 QString lookupDirectoryKey()
 {
     return QStringLiteral("lookupDirectory");
@@ -102,8 +100,7 @@ void MainWindow::on_printReportAction_triggered()
         return;
     m_settings->setValue(titleKey, dialog.reportTitle());
     QPrinter printer(QPrinter::HighResolution);
-    printer.setPageOrientation(QPageLayout::Portrait);
-    printer.setPageMargins(reportMargins, QPageLayout::Millimeter);
+    MetaDataPrinter::setUpPage(&printer);
     if (QPrintDialog(&printer, this).exec() != QDialog::Accepted)
         return;
     MetaDataPrinter report;

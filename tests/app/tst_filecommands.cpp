@@ -18,6 +18,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPrintDialog>
+#include <QPrinter>
 #include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
@@ -178,14 +179,17 @@ void FileCommandsTest::printAsksForTitleAndPrinter()
         accept(dialog);
     });
     bool isPrinterAsked = false;
-    whenModal<QPrintDialog>(&m_fixture->window(), [&isPrinterAsked](QPrintDialog& dialog) {
+    double leftMargin = 0;
+    whenModal<QPrintDialog>(&m_fixture->window(), [&isPrinterAsked, &leftMargin](QPrintDialog& dialog) {
         isPrinterAsked = true;
+        leftMargin = dialog.printer()->pageLayout().margins(QPageLayout::Millimeter).left();
         dialog.reject();
     });
 
     m_fixture->child<QAction>("printReportAction")->trigger();
 
     QVERIFY(isPrinterAsked);
+    QCOMPARE(qRound(leftMargin), 20);
     QVERIFY2(count.contains(QString::number(sampleRows)), qPrintable(count));
     QCOMPARE(Settings(QStringLiteral("MainWindow")).value(QStringLiteral("lastReportTitle")).toString(),
         QStringLiteral("Harbour"));
