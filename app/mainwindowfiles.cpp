@@ -115,10 +115,11 @@ void MainWindow::copySelectedFilesToWorkFolder()
 {
     if (m_isCommandRunning || m_ui->metaDataView->selectedRowsCount() == 0)
         return;
+    const QSet<qint64> seenIds = shownSelectedIds();
     if (m_workFolderPath.isEmpty())
         chooseWorkFolder();
     const CommandGuard guard(m_isCommandRunning);
-    if (!guard.isEntered() || m_workFolderPath.isEmpty() || !waitUntilSettled())
+    if (!guard.isEntered() || m_workFolderPath.isEmpty() || gatherSelectedIds(seenIds).isEmpty())
         return;
     QStringList filePaths;
     const QVariantList values = gatherSelected(QStringLiteral("filePath"));

@@ -5,7 +5,10 @@
 
 #include "app/metadataexporterdialog.h"
 #include "app/metadataprinterdialog.h"
+#include "browse/metadatamodel.h"
 #include "store/database.h"
+#include "tests/app/copyfixture.h"
+#include "tests/app/desktop.h"
 #include "tests/support/testsupport.h"
 #include "ui/operationdialog.h"
 #include "ui/settings.h"
@@ -29,8 +32,6 @@
 // The commands that write and read files, in the window, with the files and the database read beside it.
 
 using namespace CommandHelpers;
-
-using TestSupport::contents;
 
 namespace {
 
@@ -70,6 +71,9 @@ private slots:
     void printWritesTheViewsRecords();
     void rangeOfTheDialogIsPrinted();
     void selectedFilesAreCopiedToTheWorkFolder();
+    void copyOfOtherFilesThanSeenIsRefused();
+    void optionOpensTheWorkFolderAndIsKept_data();
+    void optionOpensTheWorkFolderAndIsKept();
     void workFolderIsAskedForWhenThereIsNone();
     void existingCopyIsAWarning();
     void backupIsTheDatabase();
@@ -260,6 +264,77 @@ void FileCommandsTest::selectedFilesAreCopiedToTheWorkFolder()
     QCOMPARE(dialogs.titles(), QStringList(QStringLiteral("Copying Media Files to Work Folder")));
     QCOMPARE(contents(file(QStringLiteral("work/a, b.wav"))), QByteArray("sound"));
     QCOMPARE(contents(sound), QByteArray("sound"));
+}
+
+// In a table sorted by rating, a rating brings other records onto the selected rows.
+void FileCommandsTest::copyOfOtherFilesThanSeenIsRefused()
+{
+    const QString work = file(QStringLiteral("work"));
+    QDir().mkpath(work);
+    chooseWorkFolderInSettings(work);
+    column(*m_fixture, QStringLiteral("UPDATE MetaData1 SET filePath='%1/' || fileName").arg(file("sounds")));
+    const QVariantList paths = column(*m_fixture, QStringLiteral("SELECT filePath FROM MetaData1"));
+    for (const QVariant& path : paths)
+        TestSupport::writeFile(path.toString(), "sound");
+    start();
+    m_fixture->view().sortByColumn(MetaDataModel::RatingColumn, Qt::DescendingOrder);
+    QTRY_VERIFY(isIdle(*m_fixture));
+    selectRows(*m_fixture, 30, 33);
+    QTest::ignoreMessage(QtWarningMsg, "The selected records have changed meanwhile; nothing was done");
+
+    m_fixture->window().increaseCurrentMetaDataRating();
+    m_fixture->window().copySelectedFilesToWorkFolder();
+
+    QVERIFY(QDir(work).isEmpty());
+}
+
+void FileCommandsTest::optionOpensTheWorkFolderAndIsKept_data()
+{
+    QTest::addColumn<bool>("isChecked");
+    QTest::addColumn<bool>("isCanceled");
+    QTest::newRow("checked") << true << false;
+    QTest::newRow("not checked") << false << false;
+    QTest::newRow("checked, but canceled") << true << true;
+}
+
+void FileCommandsTest::optionOpensTheWorkFolderAndIsKept()
+{
+    QFETCH(bool, isChecked);
+    QFETCH(bool, isCanceled);
+    const QString work = file(QStringLiteral("work"));
+    QDir().mkpath(work);
+    chooseWorkFolderInSettings(work);
+    // Nobody but the desktop shows a folder.
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/no such bus");
+    const Desktop desktop;
+    start();
+    selectRows(*m_fixture, 0, 2);
+    const Settings settings(QStringLiteral("FilesCopyDialog"));
+    const QString key = QStringLiteral("openFolderInSystemFileManager");
+    // The sample's files do not exist: the copy ends with warnings, and its dialog stays.
+    bool wasChecked = true;
+    auto hold = isCanceled ? std::make_unique<PoolHold>() : nullptr;
+    whenModal<OperationDialog>(
+        &m_fixture->window(),
+        [&](OperationDialog& dialog) {
+            auto* option = dialog.findChild<QCheckBox*>();
+            QCOMPARE(option->text(), QStringLiteral("Open work folder when finished"));
+            wasChecked = option->isChecked();
+            option->setChecked(isChecked);
+            dialog.findChild<QPushButton*>()->click();
+            hold.reset();
+        },
+        [isCanceled](OperationDialog& dialog) {
+            return isCanceled || dialog.findChild<QPushButton*>()->text() == QLatin1String("Finish");
+        });
+
+    m_fixture->window().copySelectedFilesToWorkFolder();
+
+    QVERIFY(!wasChecked);
+    QCOMPARE(settings.contains(key), !isCanceled);
+    QCOMPARE(settings.value(key, false).toBool(), isChecked && !isCanceled);
+    // The folder that it stands in, where it can be seen among others.
+    QCOMPARE(desktop.opened(), isChecked && !isCanceled ? QStringList(m_fixture->folder().path()) : QStringList());
 }
 
 void FileCommandsTest::workFolderIsAskedForWhenThereIsNone()

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/filemanager.h"
 
+#include "tests/app/desktop.h"
 #include "tests/support/testsupport.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QDesktopServices>
 #include <QDir>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -26,25 +26,6 @@ public slots:
 
 private:
     QStringList m_shown;
-};
-
-/// Notes the folders that the desktop is asked to open.
-class Desktop : public QObject
-{
-    Q_OBJECT
-
-public:
-    Desktop() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~Desktop() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-    Q_DISABLE_COPY(Desktop)
-
-    QStringList opened() const { return m_opened; }
-
-public slots:
-    void open(const QUrl& url) { m_opened.append(url.toLocalFile()); }
-
-private:
-    QStringList m_opened;
 };
 
 class FileManagerTest : public QObject
