@@ -23,7 +23,6 @@
 namespace {
 
 const char rulesTemplatePath[] = ":/Resources/LibraryEvaluationRules.txt";
-const char replacementsCountResult[] = "replacementsCount";
 
 QString fieldsKey()
 {
@@ -40,6 +39,15 @@ bool writeFile(const QString& path, const QByteArray& contents)
     // The old rules stay until the new ones are complete.
     QSaveFile file(path);
     return file.open(QIODevice::WriteOnly) && file.write(contents) == contents.size() && file.commit();
+}
+
+// The sentence for as many records as the operation has changed; that for several takes their number.
+QString countOutcome(const OperationReply& reply, const QString& none, const QString& one, const QString& several)
+{
+    const int count = reply.result(QStringLiteral("replacementsCount")).toInt();
+    if (count < 1)
+        return none;
+    return count == 1 ? one : several.arg(count);
 }
 
 } // namespace
@@ -103,13 +111,9 @@ void MainWindow::on_evaluateLibrariesAction_triggered()
     const OperationTexts texts{ tr("Evaluating Meta Data Libraries"), tr("Preparing..."),
         tr("Records handled: %v of %m"), {} };
     if (runInDialog(this, reply.get(), texts)) {
-        const int count = reply->result(QLatin1String(replacementsCountResult)).toInt();
-        QString text = tr("%1 libraries (re)evaluated").arg(count);
-        if (count < 1)
-            text = tr("Nothing new evaluated");
-        else if (count == 1)
-            text = tr("One new library (re)evaluated");
-        showOutcome(this, tr("Libraries Evaluation"), text);
+        showOutcome(this, tr("Libraries Evaluation"),
+            countOutcome(*reply, tr("Nothing new evaluated"), tr("One new library (re)evaluated"),
+                tr("%1 libraries (re)evaluated")));
     }
     m_ui->metaDataView->requery(true);
 }
@@ -164,13 +168,9 @@ void MainWindow::on_searchAndReplaceAction_triggered()
     const OperationTexts texts{ tr("Searching and Replacing Meta Data"), tr("Preparing..."),
         tr("Records handled: %v of %m"), {} };
     if (runInDialog(this, reply.get(), texts)) {
-        const int count = reply->result(QLatin1String(replacementsCountResult)).toInt();
-        QString text = tr("%1 occurences replaced").arg(count);
-        if (count < 1)
-            text = tr("No occurences found");
-        else if (count == 1)
-            text = tr("One occurence replaced");
-        showOutcome(this, tr("Search and Replace"), text);
+        showOutcome(this, tr("Search and Replace"),
+            countOutcome(
+                *reply, tr("No occurences found"), tr("One occurence replaced"), tr("%1 occurences replaced")));
     }
     m_ui->metaDataView->requery(true);
 }
