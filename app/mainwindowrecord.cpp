@@ -174,12 +174,13 @@ void MainWindow::openCurrentMetaDataRow()
 // False leaves the edits in the dialog, also when the record is gone: what was typed may be wanted elsewhere.
 bool MainWindow::saveEdits(qint64 id, const MetaDataDialog& dialog)
 {
+    // A press of a moment ago goes into the record that is read here.
+    finishRatings();
     const StoredRecord stored = storedRecord(id);
     if (stored.record.isNull()) {
         tellNothingWasSaved(dialog.windowTitle(), stored);
         return false;
     }
-    finishRatings();
     saveSelection();
     const bool isStored = storeRecord(withUserFieldsOf(dialog.metaData(), stored.record));
     requery();
