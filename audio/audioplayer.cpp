@@ -99,7 +99,7 @@ void AudioPlayer::togglePlayback()
         pause();
         break;
     case QAudio::SuspendedState:
-        m_output->resume();
+        goOn();
         break;
     default:
         startPlayback();
@@ -108,11 +108,23 @@ void AudioPlayer::togglePlayback()
 
 void AudioPlayer::pause()
 {
-    // Pausing waits for the server.
-    if (m_watch->isHanging())
+    // Pausing waits for the server, and aborts the program when the stream has gone. Of that the output tells by this
+    // number alone.
+    if (m_watch->isHanging() || m_output->bytesFree() < 0)
         stopHere();
     else
         m_output->suspend();
+}
+
+void AudioPlayer::goOn()
+{
+    if (!QAudioDeviceInfo::defaultOutputDevice().isNull()) {
+        m_output->resume();
+        return;
+    }
+    // The stream has gone with the last device.
+    stopHere();
+    startPlayback();
 }
 
 void AudioPlayer::stopHere()

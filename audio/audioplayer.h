@@ -17,6 +17,9 @@ class QAudioOutput;
 /// attempt succeeds. Only starting, going on after a pause, or pausing before anything is heard, on a server that hangs
 /// waits for it: nothing tells before.
 ///
+/// A known limit: going on after a pause aborts the program when the server has meanwhile ended the stream alone, or
+/// has died only just now. Qt neither tells of it nor expects it, and a new stream instead would lose or repeat sound.
+///
 /// An output that is stopped is always disposed of through the event loop, because its destructor runs queued events.
 /// A program that has one of these ends by `endProcess()`.
 ///
@@ -71,6 +74,7 @@ private:
     void disposeOfOutput();
     void startPlayback();
     void pause();
+    void goOn();
     void stopHere();
     bool isPlayedOut() const;
     void resetLaterWhenPlayedOut();

@@ -16,6 +16,12 @@ constexpr double silence = 0.0005; // of full amplitude
 constexpr int silentFrames = 480;
 constexpr int patience = 20000; // milliseconds
 
+// Without "norewinds" a device takes two seconds at a time.
+QStringList testDevice()
+{
+    return { "module-null-sink", "sink_name=test", "norewinds=1", "rate=96000", "channels=2", "format=s32le" };
+}
+
 } // namespace
 
 SoundServer::SoundServer()
@@ -24,12 +30,11 @@ SoundServer::SoundServer()
     qputenv("PULSE_RUNTIME_PATH", QFile::encodeName(m_folder.path()));
     qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket));
     m_process.setStandardErrorFile(m_folder.filePath(QStringLiteral("server.log")));
-    // Without "norewinds" a device takes two seconds at a time.
+    // Its file with the process's number is how pacmd finds it.
     m_process.start(QStringLiteral("pulseaudio"),
-        { "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no", "--disallow-exit", "-L",
-            "module-native-protocol-unix auth-anonymous=1 socket=" + socket, "-L",
-            "module-null-sink sink_name=test norewinds=1 rate=96000 channels=2 format=s32le", "-L",
-            "module-null-sink sink_name=slow" });
+        { "-n", "--daemonize=no", "--exit-idle-time=-1", "--disallow-exit", "-L",
+            "module-native-protocol-unix auth-anonymous=1 socket=" + socket, "-L", "module-cli-protocol-unix", "-L",
+            testDevice().join(QLatin1Char(' ')), "-L", "module-null-sink sink_name=slow" });
     if (!QTest::qWaitFor([this] { return isAnswering(); }, patience))
         qFatal("pulseaudio does not start");
     choose(QStringLiteral("test"));
@@ -42,9 +47,15 @@ SoundServer::~SoundServer()
 
 bool SoundServer::isAnswering() const
 {
+    return ask({ "list", "short", "sinks" }).contains("slow");
+}
+
+QByteArray SoundServer::ask(const QStringList& arguments) const
+{
     QProcess question;
-    question.start(QStringLiteral("pactl"), { "list", "short", "sinks" });
-    return question.waitForFinished() && question.exitCode() == 0 && question.readAllStandardOutput().contains("slow");
+    question.start(QStringLiteral("pactl"), arguments);
+    const bool isAnswered = question.waitForFinished() && question.exitCode() == 0;
+    return isAnswered ? question.readAllStandardOutput() : QByteArray();
 }
 
 void SoundServer::control(const QStringList& arguments)
@@ -66,6 +77,27 @@ void SoundServer::putToSleep(const QString& device)
 void SoundServer::letGoOn(const QString& device)
 {
     control({ QStringLiteral("suspend-sink"), device, QStringLiteral("0") });
+}
+
+void SoundServer::removeDevices()
+{
+    control({ "unload-module", "module-null-sink" });
+}
+
+void SoundServer::addDevice()
+{
+    control(QStringList{ "load-module" } + testDevice());
+}
+
+// pactl cannot do this.
+void SoundServer::endStreams()
+{
+    const QList<QByteArray> streams = ask({ "list", "short", "sink-inputs" }).split('\n');
+    for (const QByteArray& stream : streams) {
+        const QString number = QString::fromLatin1(stream.left(stream.indexOf('\t')));
+        if (!number.isEmpty() && QProcess::execute(QStringLiteral("pacmd"), { "kill-sink-input", number }) != 0)
+            qFatal("pacmd cannot end stream %s", qPrintable(number));
+    }
 }
 
 void SoundServer::freeze()

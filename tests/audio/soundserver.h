@@ -26,6 +26,12 @@ public:
     /// The device takes nothing until it is let go on; the server answers all the same.
     void putToSleep(const QString& device);
     void letGoOn(const QString& device);
+    /// Takes all devices away, and with them what plays.
+    void removeDevices();
+    /// Brings back the device "test" after that.
+    void addDevice();
+    /// Ends what plays, and tells nobody why.
+    void endStreams();
     /// The server answers nothing until it is woken.
     void freeze();
     void wake();
@@ -33,6 +39,7 @@ public:
 
 private:
     bool isAnswering() const;
+    QByteArray ask(const QStringList& arguments) const;
     void control(const QStringList& arguments);
 
     QTemporaryDir m_folder;
