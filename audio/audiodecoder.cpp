@@ -188,16 +188,20 @@ void AudioDecoder::beginFrame()
 
 void AudioDecoder::dropUntilWanted()
 {
-    if (m_frame->best_effort_timestamp == AV_NOPTS_VALUE) {
+    const int sourceRate = m_frame->sample_rate;
+    const int outputRate = m_output.sampleRate;
+    // Of several frames in a packet only the first has a time stamp.
+    if (m_frame->best_effort_timestamp != AV_NOPTS_VALUE)
+        m_dropPosition = av_rescale_q(
+            m_frame->best_effort_timestamp - startTime(), m_input.stream()->time_base, AVRational{ 1, sourceRate });
+    if (!m_dropPosition) {
         m_wantedFrame = -1;
         return;
     }
-    const int sourceRate = m_frame->sample_rate;
-    const int outputRate = m_output.sampleRate;
-    const qint64 position = av_rescale_q(
-        m_frame->best_effort_timestamp - startTime(), m_input.stream()->time_base, AVRational{ 1, sourceRate });
+    const qint64 position = *m_dropPosition;
     const qint64 early = firstSampleToConvert(m_wantedFrame, outputRate, sourceRate) - position;
     const int dropped = int(std::clamp<qint64>(early, 0, m_samplesLeft));
+    m_dropPosition = position + dropped;
     m_nextSample += dropped;
     m_samplesLeft -= dropped;
     if (m_samplesLeft == 0)
@@ -264,6 +268,7 @@ void AudioDecoder::forgetFrame()
     m_nextSample = 0;
     m_samplesLeft = 0;
     m_framesToSkip = 0;
+    m_dropPosition.reset();
     m_isDraining = false;
 }
 

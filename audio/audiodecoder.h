@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <chrono>
+#include <optional>
 
 /// Decodes the first audio stream of one file into interleaved samples of a chosen format, from any position on.
 ///
@@ -90,6 +91,8 @@ private:
     // converted frames come before it.
     qint64 m_wantedFrame = -1;
     qint64 m_framesToSkip = 0;
+    // In samples of the source, once a frame after the seek has told its time: up to where was dropped.
+    std::optional<qint64> m_dropPosition;
     QByteArray m_pending;
     bool m_isDraining = false;
     bool m_isAtEnd = false;

@@ -116,10 +116,23 @@ void MediaInput::interrupt()
 
 bool MediaInput::seek(qint64 timestamp)
 {
+    correctByteRate();
     if (av_seek_frame(m_format.get(), m_streamIndex, seekStart(timestamp), AVSEEK_FLAG_BACKWARD) < 0)
         return false;
     avcodec_flush_buffers(m_codec.get());
     return true;
+}
+
+// FFmpeg finds places in a wave by the byte rate of its header, which many programs write wrongly for compressed sound.
+// Blocks of a fixed number of samples tell the true one.
+void MediaInput::correctByteRate()
+{
+    AVCodecParameters& parameters = *m_format->streams[m_streamIndex]->codecpar;
+    const bool isSampled = av_get_exact_bits_per_sample(parameters.codec_id) > 0;
+    const bool isInBlocks = !isSampled && parameters.block_align > 0 && av_get_bits_per_sample(parameters.codec_id) > 0;
+    const int samples = isInBlocks ? av_get_audio_frame_duration2(&parameters, parameters.block_align) : 0;
+    if (samples > 0)
+        parameters.bit_rate = av_rescale(qint64(parameters.block_align) * 8, parameters.sample_rate, samples);
 }
 
 bool MediaInput::prepareSeek(std::chrono::milliseconds time)

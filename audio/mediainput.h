@@ -94,6 +94,7 @@ private:
     bool isKnownFromHeader() const;
     bool learnFromFrames();
     bool openDecoder();
+    void correctByteRate();
     MpegSeekIndex* seekIndex();
     qint64 seekStart(qint64 timestamp);
     bool fail(Failure failure, int errorCode = 0);

@@ -64,6 +64,9 @@ void addFormats()
     add("wav float", "wav", "-ar 44100 -ac 2 -c:a pcm_f32le");
     add("wav double", "wav", "-ar 44100 -ac 2 -c:a pcm_f64le");
     add("wav a-law", "wav", "-ar 8000 -ac 1 -c:a pcm_alaw");
+    // Rates of which every sample falls on a frame of the output.
+    add("wav IMA", "wav", "-ar 48000 -ac 2 -c:a adpcm_ima_wav");
+    add("wav Microsoft", "wav", "-ar 96000 -ac 1 -c:a adpcm_ms");
     add("wav six channels", "wav", "-ar 48000 -ac 6 -c:a pcm_s16le");
     add("aiff 16 bit", "aif", "-ar 44100 -ac 2 -c:a pcm_s16be");
     add("aiff 24 bit", "aiff", "-ar 48000 -ac 2 -c:a pcm_s24be");
@@ -164,7 +167,12 @@ void AudioDecoderTest::seekContinuesWithTheVerySamplesOfThatInstant()
         QVERIFY(decoder.seek(position));
         const QByteArray rest = decodeRest(decoder);
 
-        const QByteArray expected = linear.mid(int(std::llround(position * playedRate)) * playedFrameSize);
+        // The time stamps of compressed waves are rounded, as their byte rate is a whole number.
+        const bool isRounded = arguments.last().startsWith("adpcm");
+        const int exactSize = linear.size() - int(std::llround(position * playedRate)) * playedFrameSize;
+        const int tolerance = isRounded ? playedRate / 500 * playedFrameSize : 0;
+        const QByteArray expected
+            = linear.right(std::abs(rest.size() - exactSize) <= tolerance ? rest.size() : exactSize);
         const QByteArray what = QByteArray::number(position) + " s: " + QByteArray::number(rest.size()) + " of "
             + QByteArray::number(expected.size()) + ", " + QByteArray::number(greatestDifference(rest, expected));
         QVERIFY2(rest.size() == expected.size(), what.constData());
