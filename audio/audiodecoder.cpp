@@ -174,6 +174,7 @@ void AudioDecoder::readPacket()
 
 void AudioDecoder::beginFrame()
 {
+    m_input.allowFurther();
     if (!m_resampler.accepts(*m_frame)) {
         // Joined recordings may change from stereo to mono, or their rate, in the middle.
         append(m_resampler.flush());

@@ -18,7 +18,7 @@
 /// are not exact.
 ///
 /// A failure is a false result and a text in `errorString()`. What cannot be decoded in the middle of a file is left
-/// out.
+/// out; after 16 MB without any sound the file is at its end.
 ///
 /// Owner: an audio source. Thread: one at a time; `interrupt()` excepted.
 class AudioDecoder final

@@ -18,7 +18,7 @@ namespace {
 
 // FFmpeg reads up to 5 MB of sound to find the streams; before that come tags, with their pictures. Bytes that it reads
 // again count again: a search that its buffer does not hold would fill the whole buffer anew at each step.
-constexpr qint64 bytesUntilLifted = 64 * 1024 * 1024;
+constexpr qint64 bytesOfOpening = 64 * 1024 * 1024;
 
 // FFmpeg tries each byte of the 64 KB behind a tag for the first frame of an MPEG file. While a read leaves room in the
 // buffer it adds to the buffer, so that the search steps back in memory.
@@ -42,7 +42,7 @@ void IoContextDeleter::operator()(AVIOContext* context) const
 }
 
 InputFile::InputFile()
-    : m_bytesLeft(bytesUntilLifted)
+    : m_bytesLeft(bytesOfOpening)
 {
 }
 
@@ -93,8 +93,7 @@ std::int64_t InputFile::seekTo(void* file, std::int64_t offset, int whence)
 
 int InputFile::read(std::uint8_t* buffer, int size)
 {
-    const qint64 allowed = std::min(size, largestRead);
-    const qint64 wanted = m_isLimited ? std::min(allowed, m_bytesLeft) : allowed;
+    const qint64 wanted = std::min<qint64>(std::min(size, largestRead), m_bytesLeft);
     if (wanted <= 0 || m_isInterrupted)
         return AVERROR_EOF;
     const ssize_t count = ::pread(m_file.handle(), buffer, size_t(wanted), m_position);
@@ -103,7 +102,7 @@ int InputFile::read(std::uint8_t* buffer, int size)
     if (count == 0)
         return AVERROR_EOF;
     m_position += count;
-    m_bytesLeft -= m_isLimited ? count : 0;
+    m_bytesLeft -= count;
     return int(count);
 }
 

@@ -17,9 +17,9 @@ struct IoContextDeleter
 
 /// A regular file as FFmpeg reads it.
 ///
-/// While FFmpeg looks for the format and the streams of a file, only a limited number of bytes can be read from it;
-/// behind them the file seems to end. Otherwise a file of gigabytes whose sound is followed by nothing but empty chunks
-/// or zeros would be walked through to its end. `liftLimit()` ends this for decoding.
+/// Only a limited number of bytes can be read at a stretch; behind them the file seems to end. Otherwise a file of
+/// gigabytes whose sound is followed by nothing but empty chunks or zeros would be walked through to its end. The limit
+/// is that of looking for the format and the streams, until `allow()` sets another one.
 ///
 /// Owner: one media input, which must outlive FFmpeg's use of `context()`. Thread: one at a time.
 class InputFile final
@@ -31,7 +31,9 @@ public:
 
     /// 0, or FFmpeg's code of the error. Neither pipes nor devices are opened, nor does it wait for one.
     int open(const QString& path);
-    void liftLimit() { m_isLimited = false; }
+    /// From now on so many bytes can be read.
+    void allow(qint64 bytes) { m_bytesLeft = bytes; }
+    bool isUsedUp() const { return m_bytesLeft <= 0; }
     /// From now on the file seems to end where it is read. Thread: any.
     void interrupt() { m_isInterrupted = true; }
     /// What stands at a place of the file, without any effect on what FFmpeg reads next: how many bytes there were. An
@@ -52,7 +54,6 @@ private:
     qint64 m_size = 0;
     qint64 m_position = 0;
     qint64 m_bytesLeft;
-    bool m_isLimited = true;
     std::atomic<bool> m_isInterrupted = false;
     std::unique_ptr<AVIOContext, IoContextDeleter> m_context;
 };

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -34,6 +35,10 @@ constexpr int frameLookSize = 64 * 1024;
 
 // Milliseconds that are read before a place, so that a codec whose frames build upon earlier ones has got them.
 constexpr qint64 seekLead = 500;
+
+// Bytes without a frame among them, behind which a file seems to end: more than a tag with its pictures has that stands
+// between two joined recordings, and read through in less than half a second.
+constexpr qint64 longestGap = 16 * 1024 * 1024;
 
 // What a file holds is in that file: neither another one nor the network is opened on its behalf.
 int refuseOtherFile(AVFormatContext*, AVIOContext**, const char*, int, AVDictionary**)
@@ -95,7 +100,7 @@ bool MediaInput::open(const QString& path)
         close();
         return false;
     }
-    m_file->liftLimit();
+    allowFurther();
     return true;
 }
 
@@ -117,10 +122,39 @@ void MediaInput::interrupt()
 bool MediaInput::seek(qint64 timestamp)
 {
     correctByteRate();
-    if (av_seek_frame(m_format.get(), m_streamIndex, seekStart(timestamp), AVSEEK_FLAG_BACKWARD) < 0)
+    // The search for where to begin may read as well.
+    allowFurther();
+    if (!seekTo(seekStart(timestamp)))
         return false;
     avcodec_flush_buffers(m_codec.get());
+    allowFurther();
     return true;
+}
+
+// Where FFmpeg reads on from the last frame that it knows, that may be far, as long as there are frames.
+bool MediaInput::seekTo(qint64 timestamp)
+{
+    int result = 0;
+    qint64 knownBefore = 0;
+    do {
+        knownBefore = lastKnownTimestamp();
+        allowFurther();
+        result = av_seek_frame(m_format.get(), m_streamIndex, timestamp, AVSEEK_FLAG_BACKWARD);
+    } while (m_file->isUsedUp() && lastKnownTimestamp() > knownBefore);
+    return result >= 0;
+}
+
+qint64 MediaInput::lastKnownTimestamp() const
+{
+    AVStream* stream = m_format->streams[m_streamIndex];
+    const int count = avformat_index_get_entries_count(stream);
+    const AVIndexEntry* last = count > 0 ? avformat_index_get_entry(stream, count - 1) : nullptr;
+    return last ? last->timestamp : std::numeric_limits<qint64>::min();
+}
+
+void MediaInput::allowFurther()
+{
+    m_file->allow(longestGap);
 }
 
 // FFmpeg finds places in a wave by the byte rate of its header, which many programs write wrongly for compressed sound.

@@ -17,7 +17,7 @@ struct AVStream;
 ///
 /// The input format is forced by the file's suffix where the suffix is one of the catalogue's own (see
 /// `inputFormatForSuffix()`). Only regular files are opened, no other file is opened on their behalf, and what may be
-/// read until the decoder stands is bounded; see audio/inputfile.h.
+/// read until the decoder stands, or from one frame to the next, is bounded; see audio/inputfile.h.
 ///
 /// Owner: whoever reads the file. Thread: one at a time; different inputs may be used on different threads at once.
 class MediaInput final
@@ -46,6 +46,10 @@ public:
     /// The open file seems to end from now on, also for a reading that runs in another thread. It must not be closed
     /// meanwhile.
     void interrupt();
+
+    /// To be called for every decoded frame: behind too many bytes without one the file seems to end. Needs an open
+    /// input.
+    void allowFurther();
 
     /// Continues some time before a place, so that all samples from there on are decoded as without a seek; false when
     /// FFmpeg cannot. What was sent to the decoder is forgotten. The time stamp is in the stream's time base; needs an
@@ -97,6 +101,8 @@ private:
     void correctByteRate();
     MpegSeekIndex* seekIndex();
     qint64 seekStart(qint64 timestamp);
+    bool seekTo(qint64 timestamp);
+    qint64 lastKnownTimestamp() const;
     bool fail(Failure failure, int errorCode = 0);
 
     // Declared before the context that reads from it.

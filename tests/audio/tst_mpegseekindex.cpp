@@ -38,11 +38,12 @@ bool operator==(const PacketPlace& first, const PacketPlace& second)
     return first.timestamp == second.timestamp && first.offset == second.offset;
 }
 
-QVector<PacketPlace> readPackets(const MediaInput& input, int count)
+QVector<PacketPlace> readPackets(MediaInput& input, int count)
 {
     QVector<PacketPlace> places;
     const PacketPointer packet(av_packet_alloc());
     while (places.size() < count && av_read_frame(input.formatContext(), packet.get()) >= 0) {
+        input.allowFurther();
         places.append({ packet->dts, packet->pos });
         av_packet_unref(packet.get());
     }
