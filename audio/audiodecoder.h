@@ -13,9 +13,10 @@
 
 /// Decodes the first audio stream of one file into interleaved samples of a chosen format, from any position on.
 ///
-/// Every frame of the stream is delivered once: 1 s of sound gives exactly as many frames as the output rate says.
-/// After a seek the same samples come as without one, whatever the file's format, except where a file's own time stamps
-/// are not exact.
+/// Every frame of the stream is delivered once: 1 s of sound gives exactly as many frames as the output rate says; a
+/// sound shorter than about 25 samples may give none at all. After a seek the same samples come as without one,
+/// whatever the file's format, except where a file's own time stamps are not exact, and for the first frame after a
+/// seek to the start of an MP3 joined from two rates, which is played at the other rate.
 ///
 /// A failure is a false result and a text in `errorString()`. What cannot be decoded in the middle of a file is left
 /// out; after 16 MB without any sound the file is at its end.
