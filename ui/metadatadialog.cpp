@@ -22,8 +22,8 @@ constexpr double greatestRating = 100.0;
 constexpr int sliderStepsPerPoint = 10;
 constexpr QChar zeroWidthSpace(8203);
 
-// A longer word may be wider than its place in the dialog.
-constexpr int longestWord = 30;
+// A wider word may not fit into its place in the dialog.
+constexpr int widestWord = 180; // pixels
 
 bool isReturn(const QKeyEvent* event)
 {
@@ -31,33 +31,34 @@ bool isReturn(const QKeyEvent* event)
 }
 
 // The word with places where its line may end: behind signs that join words, and wherever there is none for long.
-QString wrappingWord(const QString& word)
+QString wrappingWord(const QString& word, const QFontMetrics& metrics)
 {
     QString wrapping;
-    int length = 0;
+    QString part;
     for (const QChar character : word) {
-        wrapping += character;
+        part += character;
         const bool isJoint = QStringLiteral("_-.,;+").contains(character);
-        if (!character.isHighSurrogate() && (isJoint || ++length >= longestWord)) {
-            wrapping += zeroWidthSpace;
-            length = 0;
+        if (!character.isHighSurrogate() && (isJoint || metrics.horizontalAdvance(part) >= widestWord)) {
+            wrapping += part + zeroWidthSpace;
+            part.clear();
         }
     }
-    return wrapping;
+    return wrapping + part;
 }
 
-QString wrappingText(const QString& text)
+QString wrappingText(const QString& text, const QFontMetrics& metrics)
 {
-    static const QRegularExpression longWord(QStringLiteral(R"([^\s\x{200b}]{%1,})").arg(longestWord + 1));
-    QString wrapping = text;
-    int place = 0;
-    for (QRegularExpressionMatch match = longWord.match(wrapping); match.hasMatch();
-         match = longWord.match(wrapping, place)) {
-        const QString word = wrappingWord(match.captured());
-        wrapping.replace(match.capturedStart(), match.capturedLength(), word);
-        place = match.capturedStart() + word.size();
+    static const QRegularExpression anyWord(QStringLiteral(R"([^\s\x{200b}]+)"));
+    QString wrapping;
+    int end = 0;
+    for (QRegularExpressionMatchIterator words = anyWord.globalMatch(text); words.hasNext();) {
+        const QRegularExpressionMatch word = words.next();
+        const bool isWide = metrics.horizontalAdvance(word.captured()) > widestWord;
+        wrapping += text.mid(end, word.capturedStart() - end);
+        wrapping += isWide ? wrappingWord(word.captured(), metrics) : word.captured();
+        end = word.capturedEnd();
     }
-    return wrapping;
+    return wrapping + text.mid(end);
 }
 
 // Who copies a value wants it as it is.
@@ -72,7 +73,7 @@ void removeWrappingFrom(QClipboard::Mode mode)
 
 void setValue(QLabel* label, const QString& text)
 {
-    label->setText(text.isEmpty() ? MetaDataDialog::tr("Undefined") : wrappingText(text));
+    label->setText(text.isEmpty() ? MetaDataDialog::tr("Undefined") : wrappingText(text, label->fontMetrics()));
     label->setStyleSheet(text.isEmpty() ? QStringLiteral("QLabel { color: gray }") : QString());
 }
 
