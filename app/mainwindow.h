@@ -50,7 +50,7 @@ public:
 public slots:
     void saveWindowState();
     void restoreWindowState();
-    /// Scans files and folders into the current table; ignored while another command runs and once the window is closing.
+    /// Scans files and folders into the current table; ignored while another command runs and while the window closes.
     void scan(const QStringList& paths);
     /// Looks up what stands in the lookup edit, at once.
     void lookup();

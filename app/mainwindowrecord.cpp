@@ -79,7 +79,7 @@ void MainWindow::applyWaitingRatingSteps()
 // From the store where the table does not show it, or no longer. Nothing else may begin meanwhile.
 MetaData MainWindow::recordToRate(qint64 id)
 {
-    const MetaData shownRecord = m_ui->metaDataView->metaDataModel()->freshRecord(id);
+    MetaData shownRecord = m_ui->metaDataView->metaDataModel()->freshRecord(id);
     if (!shownRecord.isNull())
         return shownRecord;
     const CommandGuard guard(m_isCommandRunning);
