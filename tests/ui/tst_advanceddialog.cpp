@@ -24,6 +24,13 @@ QPoint center(const QWidget& widget)
     return widget.mapToGlobal(widget.rect().center());
 }
 
+void showAt(QWidget& window, const QRect& area)
+{
+    window.setGeometry(area);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowActive(&window));
+}
+
 // As somebody else than the program does it.
 void moveFromOutside(const QWidget& window, const QPoint& place)
 {
@@ -77,9 +84,7 @@ void AdvancedDialogTest::opensCenteredOnItsParent()
 {
     QFETCH(QRect, parentArea);
     QWidget parent;
-    parent.setGeometry(parentArea);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, parentArea);
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(300, 150);
 
@@ -150,9 +155,7 @@ void AdvancedDialogTest::chosenControlKeepsTheFocus()
 void AdvancedDialogTest::opensCenteredAgainAfterTheParentMoved()
 {
     QWidget parent;
-    parent.setGeometry(100, 100, 500, 400);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, { 100, 100, 500, 400 });
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(300, 150);
     dialog.show();
@@ -170,9 +173,7 @@ void AdvancedDialogTest::opensCenteredAgainAfterTheParentMoved()
 void AdvancedDialogTest::returnsToItsPlaceWhenMovedAwayWhileItOpens()
 {
     QWidget parent;
-    parent.setGeometry(300, 200, 900, 700);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, { 300, 200, 900, 700 });
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(300, 150);
     dialog.show();
@@ -187,9 +188,7 @@ void AdvancedDialogTest::returnsToItsPlaceWhenMovedAwayWhileItOpens()
 void AdvancedDialogTest::growsAtItsPlaceWhenMovedAwayWhileItOpens()
 {
     QWidget parent;
-    parent.setGeometry(300, 200, 900, 700);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, { 300, 200, 900, 700 });
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(300, 150);
     dialog.show();
@@ -205,9 +204,7 @@ void AdvancedDialogTest::growsAtItsPlaceWhenMovedAwayWhileItOpens()
 void AdvancedDialogTest::staysWhereItIsMovedOnceItIsOpen()
 {
     QWidget parent;
-    parent.setGeometry(300, 200, 900, 700);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, { 300, 200, 900, 700 });
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(300, 150);
     dialog.show();
@@ -231,9 +228,7 @@ void AdvancedDialogTest::staysWhereItIsMovedOnceItIsOpen()
 void AdvancedDialogTest::leavesTheLastWordToTheWindowManager()
 {
     QWidget parent;
-    parent.setGeometry(300, 200, 900, 700);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, { 300, 200, 900, 700 });
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(300, 150);
     dialog.show();
@@ -260,9 +255,7 @@ void AdvancedDialogTest::staysOnTheScreenOverALowParent()
     QFETCH(QRect, parentArea);
     QFETCH(QSize, size);
     QWidget parent;
-    parent.setGeometry(parentArea);
-    parent.show();
-    QVERIFY(QTest::qWaitForWindowActive(&parent));
+    showAt(parent, parentArea);
     AdvancedDialog dialog(&parent);
     dialog.setFixedSize(size);
 
