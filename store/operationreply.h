@@ -52,8 +52,8 @@ public:
     qint64 elapsed() const;
 
     /// Runs a local event loop, deaf to user input, until `finished()` is delivered; returns at once when it was
-    /// delivered before. Thread: the reply's own. Returns early only when the application quits or
-    /// the reply is destroyed meanwhile.
+    /// delivered before. Thread: the reply's own. Returns early only when the application quits or the reply is
+    /// destroyed meanwhile.
     void waitForFinished();
 
 signals:

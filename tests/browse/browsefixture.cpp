@@ -54,6 +54,15 @@ bool TestSupport::settles(const MetaDataModel& model)
         [&model]() { return model.isRowsCountActual() && !model.isRequeryPending() && !model.isProcessing(); }, 60000);
 }
 
+std::unique_ptr<MetaDataModel> TestSupport::settledModel(StoreFixture& store, int tableId)
+{
+    auto model = std::make_unique<MetaDataModel>();
+    model->setDatabase(&store.database(), tableId);
+    if (!settles(*model))
+        qFatal("The model does not settle");
+    return model;
+}
+
 bool TestSupport::reaches(const QElapsedTimer& timer, int milliseconds)
 {
     return QTest::qWaitFor([&timer, milliseconds]() { return timer.elapsed() >= milliseconds; }, 60000);

@@ -6,6 +6,8 @@
 
 #include <QElapsedTimer>
 
+#include <memory>
+
 namespace TestSupport {
 
 /// Puts this many rows into an empty table, a million within some seconds. Row i (from 0) has the path of
@@ -18,6 +20,9 @@ QString filledPath(int tableId, int row);
 
 /// Waits until the model has nothing under way and knows its count; false after a long time.
 bool settles(const MetaDataModel& model);
+
+/// A model of a table that has settled; fails the program when it does not.
+std::unique_ptr<MetaDataModel> settledModel(StoreFixture& store, int tableId);
 
 /// Waits until so many milliseconds have passed since the timer was started; always true. What must last at least as
 /// long as a delay can be tested so, as a slow machine makes it only longer; a coarse timer may end a twentieth early.

@@ -46,11 +46,7 @@ private:
 
 std::unique_ptr<MetaDataModel> MetaDataModelFailuresTest::openModel()
 {
-    auto model = std::make_unique<MetaDataModel>();
-    model->setDatabase(&m_store->database(), bigTable);
-    if (!settles(*model))
-        qFatal("The model does not settle");
-    return model;
+    return TestSupport::settledModel(*m_store, bigTable);
 }
 
 void MetaDataModelFailuresTest::initTestCase()

@@ -62,11 +62,7 @@ private:
 
 std::unique_ptr<MetaDataModel> MetaDataModelPagingTest::openModel(int tableId)
 {
-    auto model = std::make_unique<MetaDataModel>();
-    model->setDatabase(&m_store->database(), tableId);
-    if (!settles(*model))
-        qFatal("The model does not settle");
-    return model;
+    return TestSupport::settledModel(*m_store, tableId);
 }
 
 void MetaDataModelPagingTest::initTestCase()

@@ -2,6 +2,7 @@
 #include "tests/scan/rowhook.h"
 
 #include "store/database.h"
+#include "store/operationreply.h"
 
 #include <QSqlDatabase>
 #include <QSqlDriver>
@@ -78,4 +79,19 @@ void RowHook::registerFunction(bool isWanted)
             qFatal("Cannot register the function: %s", sqlite3_errmsg(connection));
     };
     QMetaObject::invokeMethod(&m_database, run, Qt::BlockingQueuedConnection);
+}
+
+RowCancellation::RowCancellation(Database& database, int tableId, int row)
+    : m_hook(database, tableId, row, [this]() {
+        m_isStarted.acquire();
+        m_operation->cancel();
+    })
+{
+}
+
+OperationReply* RowCancellation::watch(OperationReply* operation)
+{
+    m_operation = operation;
+    m_isStarted.release();
+    return operation;
 }

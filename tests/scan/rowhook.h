@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QSemaphore>
 #include <QString>
 
 #include <atomic>
 #include <functional>
 
 class Database;
+class OperationReply;
 struct sqlite3_context;
 struct sqlite3_value;
 
@@ -39,4 +41,25 @@ private:
     int m_row;
     std::function<void()> m_callback;
     std::atomic_int m_count{ 0 };
+};
+
+/// Cancels one operation when it is about to write one certain row; that row is still written.
+///
+/// The operation may reach the row before the test has its reply, and waits there for `watch()`. Owner and thread: as
+/// for the hook.
+class RowCancellation final
+{
+public:
+    RowCancellation(Database& database, int tableId, int row);
+
+    /// The operation that is to be canceled, started after this was made; gives it back.
+    OperationReply* watch(OperationReply* operation);
+
+    bool wasHit() const { return m_hook.wasHit(); }
+    int count() const { return m_hook.count(); }
+
+private:
+    OperationReply* m_operation = nullptr;
+    QSemaphore m_isStarted;
+    RowHook m_hook;
 };

@@ -7,7 +7,6 @@
 #include "tests/scan/sidelock.h"
 #include "tests/support/storefixture.h"
 
-#include <QSemaphore>
 #include <QtTest>
 
 using TestSupport::await;
@@ -69,10 +68,7 @@ void EvaluateOperationTest::init()
 {
     if (!m_store)
         m_store = std::make_unique<StoreFixture>(scanBulkOperations());
-    if (!m_store->database().isOpened())
-        m_store->open();
-    for (const char* statement : { "DELETE FROM MetaData2", "DELETE FROM sqlite_sequence" })
-        QCOMPARE(m_store->execute(QLatin1String(statement)), QString());
+    m_store->openEmpty(tableId);
 }
 
 void EvaluateOperationTest::cleanup()
@@ -188,18 +184,13 @@ void EvaluateOperationTest::canceledRunChangesNothing()
     m_store->insert(tableId, numberedRecords(120, QStringLiteral("Mine")));
     QStringList events;
     {
-        OperationReply* reply = nullptr;
-        QSemaphore isStarted;
-        // In the second batch; the operation may reach the row before the test knows its reply.
-        const RowHook hook(m_store->database(), tableId, 60, [&]() {
-            isStarted.acquire();
-            reply->cancel();
-        });
-        reply = m_store->database().evaluateLibraries(tableId, QStringLiteral("All: take"));
+        // In the second batch.
+        RowCancellation cancellation(m_store->database(), tableId, 60);
+        OperationReply* reply
+            = cancellation.watch(m_store->database().evaluateLibraries(tableId, QStringLiteral("All: take")));
         OperationRecorder recorder(reply);
-        isStarted.release();
         await(reply);
-        QVERIFY(hook.wasHit());
+        QVERIFY(cancellation.wasHit());
         events = recorder.events();
     }
 

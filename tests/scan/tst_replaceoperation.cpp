@@ -9,7 +9,6 @@
 #include "tests/support/storefixture.h"
 #include "tests/support/testsupport.h"
 
-#include <QSemaphore>
 #include <QSqlDatabase>
 #include <QtTest>
 
@@ -111,10 +110,7 @@ void ReplaceOperationTest::init()
 {
     if (!m_store)
         m_store = std::make_unique<StoreFixture>(scanBulkOperations());
-    if (!m_store->database().isOpened())
-        m_store->open();
-    for (const char* statement : { "DELETE FROM MetaData4", "DELETE FROM sqlite_sequence" })
-        QCOMPARE(m_store->execute(QLatin1String(statement)), QString());
+    m_store->openEmpty(tableId);
 }
 
 void ReplaceOperationTest::cleanup()
@@ -473,18 +469,13 @@ void ReplaceOperationTest::canceledRunChangesNothing()
     m_store->insert(tableId, numberedRecords(120, QStringLiteral("drum")));
     QStringList events;
     {
-        OperationReply* reply = nullptr;
-        QSemaphore isStarted;
-        // In the second batch; the operation may reach the row before the test knows its reply.
-        const RowHook hook(m_store->database(), tableId, 60, [&]() {
-            isStarted.acquire();
-            reply->cancel();
-        });
-        reply = m_store->database().replace(tableId, { "description" }, "drum", "perc", Qt::CaseInsensitive, {});
+        // In the second batch.
+        RowCancellation cancellation(m_store->database(), tableId, 60);
+        OperationReply* reply = cancellation.watch(
+            m_store->database().replace(tableId, { "description" }, "drum", "perc", Qt::CaseInsensitive, {}));
         OperationRecorder recorder(reply);
-        isStarted.release();
         await(reply);
-        QVERIFY(hook.wasHit());
+        QVERIFY(cancellation.wasHit());
         events = recorder.events();
     }
 

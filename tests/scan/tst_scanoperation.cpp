@@ -104,9 +104,7 @@ void ScanOperationTest::init()
     // Making a database takes longer than a test, so all share one.
     if (!m_store)
         m_store = std::make_unique<StoreFixture>(scanBulkOperations());
-    if (!m_store->database().isOpened())
-        m_store->open();
-    QCOMPARE(m_store->execute(QStringLiteral("DELETE FROM MetaData%1").arg(tableId)), QString());
+    m_store->openEmpty(tableId);
 }
 
 void ScanOperationTest::cleanup()

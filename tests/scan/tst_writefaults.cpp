@@ -164,18 +164,9 @@ void WriteFaultsTest::cancellationAtEveryRowUndoesAll()
 {
     QFETCH(Start, start);
     for (int row = 0; row < rowsCount; ++row) {
-        std::atomic<OperationReply*> started{ nullptr };
-        QSemaphore isStarted;
-        // The operation may reach the row before the test knows its reply.
-        const RowHook hook(m_store->database(), tableId, row, [&]() {
-            isStarted.acquire();
-            started.load()->cancel();
-        });
-        OperationReply* operation = start(m_store->database());
-        started = operation;
-        isStarted.release();
-        const auto reply = await(operation);
-        QVERIFY(hook.wasHit());
+        RowCancellation cancellation(m_store->database(), tableId, row);
+        const auto reply = await(cancellation.watch(start(m_store->database())));
+        QVERIFY(cancellation.wasHit());
         QCOMPARE(reply->errorString(), QStringLiteral("Canceled"));
         if (row % 10 == 0 || row == rowsCount - 1)
             expectUntouched();

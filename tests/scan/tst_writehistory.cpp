@@ -7,12 +7,10 @@
 #include "tests/support/storefixture.h"
 
 #include <QRandomGenerator>
-#include <QSemaphore>
 #include <QtTest>
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 // Random histories of writes, of which some fail or are canceled on the way: after each step the table holds what a
 // plain model holds.
@@ -219,20 +217,14 @@ bool runWithFault(Database& database, const Step& step, Fault fault, int row)
         await(step.start(database));
         return false;
     }
-    OperationReply* operation = nullptr;
-    QSemaphore isStarted;
-    std::optional<RowHook> hook;
-    if (fault == Fault::Failure)
-        hook.emplace(database, tableId, row);
-    else
-        hook.emplace(database, tableId, row, [&]() {
-            isStarted.acquire();
-            operation->cancel();
-        });
-    operation = step.start(database);
-    isStarted.release();
-    await(operation);
-    return hook->wasHit();
+    if (fault == Fault::Failure) {
+        const RowHook hook(database, tableId, row);
+        await(step.start(database));
+        return hook.wasHit();
+    }
+    RowCancellation cancellation(database, tableId, row);
+    await(cancellation.watch(step.start(database)));
+    return cancellation.wasHit();
 }
 
 } // namespace

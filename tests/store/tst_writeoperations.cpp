@@ -6,7 +6,6 @@
 #include "tests/store/connectionfixture.h"
 #include "tests/support/storefixture.h"
 
-#include <QSemaphore>
 #include <QSignalSpy>
 #include <QSqlQuery>
 #include <QtTest>
@@ -232,17 +231,9 @@ void WriteOperationsTest::deleteCanceledOnTheWayLeavesAllRows()
         QString());
     std::unique_ptr<OperationReply> finished;
     {
-        OperationReply* reply = nullptr;
-        QSemaphore isStarted;
-        // The operation may reach the row before the test knows its reply.
-        const RowHook hook(store.database(), 1, 1500, [&]() {
-            isStarted.acquire();
-            reply->cancel();
-        });
-        reply = store.database().deleteMetaData(1, idsFrom(1, rows));
-        isStarted.release();
-        finished = TestSupport::await(reply);
-        QCOMPARE(hook.count(), 1501);
+        RowCancellation cancellation(store.database(), 1, 1500);
+        finished = TestSupport::await(cancellation.watch(store.database().deleteMetaData(1, idsFrom(1, rows))));
+        QCOMPARE(cancellation.count(), 1501);
     }
 
     QCOMPARE(finished->errorString(), QStringLiteral("Canceled"));

@@ -119,6 +119,18 @@ void TestSupport::StoreFixture::open()
         qFatal("Cannot open the store: %s", qPrintable(m_database->lastError()));
 }
 
+void TestSupport::StoreFixture::openEmpty(int tableId)
+{
+    if (!m_database->isOpened())
+        open();
+    const QString table = QStringLiteral("MetaData%1").arg(tableId);
+    for (const char* statement : { "DELETE FROM %1", "DELETE FROM sqlite_sequence WHERE name='%1'" }) {
+        const QString errorText = execute(QString::fromLatin1(statement).arg(table));
+        if (!errorText.isEmpty())
+            qFatal("Cannot empty %s: %s", qPrintable(table), qPrintable(errorText));
+    }
+}
+
 void TestSupport::StoreFixture::insert(int tableId, const MetaDataList& items, qint64 scanTimestamp)
 {
     runInThreadOf(*m_database, [&]() {

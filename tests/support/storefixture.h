@@ -44,6 +44,9 @@ public:
 
     /// Opens the store, with an empty database if there is no file yet; fails the program when it cannot.
     void open();
+    /// Opens the store where it is closed, and takes all records out of a table; the next one has the id 1 again. Of a
+    /// store that several tests share, since making a database takes longer than a test.
+    void openEmpty(int tableId);
     /// Writes records into a table, each new one with this time stamp; fails the program when one is refused.
     void insert(int tableId, const MetaDataList& items, qint64 scanTimestamp = 0);
     /// Executes a statement on the store's own connection, in its thread, and returns the driver's error text.
