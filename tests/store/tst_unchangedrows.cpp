@@ -97,6 +97,7 @@ private slots:
     void refusedRowIsTold_data();
     void refusedRowIsTold();
     void failureToMakeIndexesIsTold();
+    void lostTransactionIsTold_data();
     void lostTransactionIsTold();
     void nothingIsWrittenAfterAFullDisk_data();
     void nothingIsWrittenAfterAFullDisk();
@@ -157,6 +158,7 @@ void UnchangedRowsTest::onlyNotedRowsAreTouched_data()
     QTest::addColumn<int>("count");
     QTest::addColumn<bool>("areIndexesNew");
     QTest::newRow("one") << 1 << false;
+    QTest::newRow("some hundred") << 123 << false;
     QTest::newRow("just less than a quarter") << 999 << false;
     QTest::newRow("a quarter") << 1000 << true;
     QTest::newRow("most") << 3999 << true;
@@ -284,13 +286,14 @@ void UnchangedRowsTest::refusedRowIsTold_data()
 {
     QTest::addColumn<int>("count");
     QTest::newRow("few rows") << 20;
+    QTest::newRow("some hundred rows") << 515;
     QTest::newRow("all rows") << rowsCount;
 }
 
 void UnchangedRowsTest::refusedRowIsTold()
 {
     QFETCH(int, count);
-    QCOMPARE(m_fixture->execute("CREATE TEMP TRIGGER refuse BEFORE UPDATE ON main.MetaData2 WHEN OLD.id IN (7, 9) "
+    QCOMPARE(m_fixture->execute("CREATE TEMP TRIGGER refuse BEFORE UPDATE ON main.MetaData2 WHEN OLD.id IN (7, 9, 19) "
                                 "BEGIN SELECT RAISE(ABORT, 'refused'); END"),
         QString());
     begin();
@@ -299,9 +302,9 @@ void UnchangedRowsTest::refusedRowIsTold()
     QVERIFY(unchangedRows.touch(laterScan, neverCanceled));
     commit();
 
-    QCOMPARE(failedIds(unchangedRows, true), std::vector<qint64>({ 9, 7 }));
+    QCOMPARE(failedIds(unchangedRows, true), std::vector<qint64>({ 19, 9, 7 }));
     QCOMPARE(failedIds(unchangedRows, false), std::vector<qint64>());
-    QCOMPARE(touchedCount(), count - 2);
+    QCOMPARE(touchedCount(), count - 3);
     QVERIFY(isSound());
 }
 
@@ -319,15 +322,23 @@ void UnchangedRowsTest::failureToMakeIndexesIsTold()
     QVERIFY(isSound());
 }
 
+void UnchangedRowsTest::lostTransactionIsTold_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::newRow("few rows") << 20;
+    QTest::newRow("some hundred rows") << 500;
+}
+
 void UnchangedRowsTest::lostTransactionIsTold()
 {
+    QFETCH(int, count);
     QCOMPARE(m_fixture->execute("CREATE TEMP TRIGGER refuse BEFORE UPDATE ON main.MetaData2 WHEN OLD.id=7 "
                                 "BEGIN SELECT RAISE(ROLLBACK, 'refused'); END"),
         QString());
     const QVariantList before = rows();
     begin();
 
-    QVERIFY(!noted(20).touch(laterScan, neverCanceled));
+    QVERIFY(!noted(count).touch(laterScan, neverCanceled));
 
     QVERIFY(!m_fixture->execute("COMMIT").isEmpty());
     QCOMPARE(rows(), before);
