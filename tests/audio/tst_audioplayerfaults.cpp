@@ -2,29 +2,22 @@
 // The player while its sound server hangs or dies. A call that waited for the server would never return.
 #include "audio/audioplayer.h"
 
-#include "tests/audio/soundmaker.h"
-#include "tests/audio/soundserver.h"
+#include "tests/audio/playerfixture.h"
 #include "tests/audio/soundtestmain.h"
 #include "tests/support/messagerecorder.h"
 
 #include <QAudioOutput>
-#include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QtTest>
 
-#include <memory>
-
-class AudioPlayerFaultsTest : public QObject
+class AudioPlayerFaultsTest : public PlayerFixture
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void cleanup() override;
     void resettingOnAHungServerDoesNotWait();
     void pausingOnAHungServerStops();
     void seekingOnAHungServerStops();
@@ -37,41 +30,14 @@ private slots:
     void deathOfTheServerStopsPlayback();
 
 private:
-    void play();
     bool hasStalled();
     void holdUpTheProgram();
-
-    QTemporaryDir m_folder;
-    QString m_file;
-    std::unique_ptr<SoundServer> m_server;
-    std::unique_ptr<AudioPlayer> m_player;
 };
-
-void AudioPlayerFaultsTest::initTestCase()
-{
-    QVERIFY(m_folder.isValid());
-    m_file = m_folder.filePath("tone.wav");
-    SoundMaker::makeTone(m_file, 60);
-    m_server = std::make_unique<SoundServer>();
-}
-
-void AudioPlayerFaultsTest::init()
-{
-    m_player = std::make_unique<AudioPlayer>();
-}
 
 void AudioPlayerFaultsTest::cleanup()
 {
     m_server->wake();
-    m_player.reset();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
-void AudioPlayerFaultsTest::play()
-{
-    QVERIFY(m_player->load(m_file));
-    m_player->togglePlayback();
-    QTRY_VERIFY(m_player->position() > 0.6);
+    PlayerFixture::cleanup();
 }
 
 // The output has taken what it has room for, and nothing has gone on since for some time.

@@ -2,18 +2,13 @@
 // The player on a device that is slow to start, as one that has to wake or to be found first.
 #include "audio/audioplayer.h"
 
-#include "tests/audio/soundmaker.h"
-#include "tests/audio/soundserver.h"
+#include "tests/audio/playerfixture.h"
 #include "tests/audio/soundtestmain.h"
 
 #include <QAudioDeviceInfo>
-#include <QCoreApplication>
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <QtTest>
-
-#include <memory>
 
 namespace {
 
@@ -28,14 +23,12 @@ void waitNineTicks()
 
 } // namespace
 
-class AudioPlayerSlowDeviceTest : public QObject
+class AudioPlayerSlowDeviceTest : public PlayerFixture
 {
     Q_OBJECT
 
 private slots:
-    void initTestCase();
-    void init();
-    void cleanup();
+    void cleanup() override;
     void seekBeforeAnythingIsHeardGoesOn_data();
     void seekBeforeAnythingIsHeardGoesOn();
     void pauseBeforeAnythingIsHeardPauses_data();
@@ -44,30 +37,11 @@ private slots:
 
 private:
     void beginToPlay();
-
-    QTemporaryDir m_folder;
-    QString m_file;
-    std::unique_ptr<SoundServer> m_server;
-    std::unique_ptr<AudioPlayer> m_player;
 };
-
-void AudioPlayerSlowDeviceTest::initTestCase()
-{
-    QVERIFY(m_folder.isValid());
-    m_file = m_folder.filePath("tone.wav");
-    SoundMaker::makeTone(m_file, 60);
-    m_server = std::make_unique<SoundServer>();
-}
-
-void AudioPlayerSlowDeviceTest::init()
-{
-    m_player = std::make_unique<AudioPlayer>();
-}
 
 void AudioPlayerSlowDeviceTest::cleanup()
 {
-    m_player.reset();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    PlayerFixture::cleanup();
     m_server->letGoOn(QStringLiteral("test"));
     m_server->choose(QStringLiteral("test"));
     QTRY_COMPARE(QAudioDeviceInfo::defaultOutputDevice().deviceName(), QStringLiteral("test"));

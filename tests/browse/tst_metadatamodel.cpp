@@ -8,6 +8,7 @@
 
 using TestSupport::fillTable;
 using TestSupport::sampleRecord;
+using TestSupport::settledModel;
 using TestSupport::settles;
 using TestSupport::textAt;
 
@@ -80,15 +81,8 @@ private slots:
     void storeMayBeTakenAway();
 
 private:
-    std::unique_ptr<MetaDataModel> openModel(int tableId);
-
     std::unique_ptr<TestSupport::StoreFixture> m_store;
 };
-
-std::unique_ptr<MetaDataModel> MetaDataModelTest::openModel(int tableId)
-{
-    return TestSupport::settledModel(*m_store, tableId);
-}
 
 void MetaDataModelTest::initTestCase()
 {
@@ -266,7 +260,7 @@ void MetaDataModelTest::unknownCountIsRequestedByTheView()
 
 void MetaDataModelTest::itemsBelowARowDoNotExist()
 {
-    const auto model = openModel(thirtyRowsTable);
+    const auto model = settledModel(*m_store, thirtyRowsTable);
 
     const QModelIndex row = model->index(0, 0);
 
@@ -292,7 +286,7 @@ void MetaDataModelTest::cellsShowTheirTexts()
     QFETCH(int, row);
     QFETCH(QStringList, texts);
 
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     for (int column = 0; column < model->columnCount(); ++column)
         QCOMPARE(textAt(*model, row, column), texts.at(column));
@@ -300,7 +294,7 @@ void MetaDataModelTest::cellsShowTheirTexts()
 
 void MetaDataModelTest::cellsCarryTheWholeRecord()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
     MetaData expected = fullRecord();
     expected.setId(2);
     expected.setScanTimestamp(2000);
@@ -324,7 +318,7 @@ void MetaDataModelTest::lookupWordsGoWithTheSearchedColumns()
 {
     QFETCH(bool, withPaths);
     QFETCH(QList<int>, columns);
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     model->setFilePathLookupEnabled(withPaths);
     model->setLookup("  drum A ");
@@ -341,7 +335,7 @@ void MetaDataModelTest::lookupWordsGoWithTheSearchedColumns()
 
 void MetaDataModelTest::undefinedLibraryIsFaint()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     for (int column = 0; column < model->columnCount(); ++column) {
         QVERIFY(!model->index(0, column).data(359).isValid());
@@ -351,7 +345,7 @@ void MetaDataModelTest::undefinedLibraryIsFaint()
 
 void MetaDataModelTest::playlistIsMarkedBehindTheRating()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     for (int column = 0; column < model->columnCount(); ++column) {
         QCOMPARE(model->index(0, column).data(360), column == 6 ? QVariant(QString(QChar(0x25CF))) : QVariant());
@@ -361,7 +355,7 @@ void MetaDataModelTest::playlistIsMarkedBehindTheRating()
 
 void MetaDataModelTest::otherRolesAreInvalid()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     for (const int role : { int(Qt::EditRole), int(Qt::DecorationRole), int(Qt::ToolTipRole), 257, 259, 357, 361 })
         QVERIFY(!model->index(0, 4).data(role).isValid());
@@ -370,7 +364,7 @@ void MetaDataModelTest::otherRolesAreInvalid()
 
 void MetaDataModelTest::filesMayBeDroppedAnywhere()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     QCOMPARE(model->mimeTypes(), QStringList{ "text/uri-list" });
     QVERIFY(model->flags(QModelIndex()) & Qt::ItemIsDropEnabled);
@@ -384,7 +378,7 @@ void MetaDataModelTest::filesMayBeDroppedAnywhere()
 
 void MetaDataModelTest::droppedDataIsNotInserted()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
     QMimeData data;
     data.setUrls({ QUrl::fromLocalFile("/sounds") });
 
@@ -396,7 +390,7 @@ void MetaDataModelTest::droppedDataIsNotInserted()
 
 void MetaDataModelTest::settersRequeryOnChangeOnly()
 {
-    const auto model = openModel(thirtyRowsTable);
+    const auto model = settledModel(*m_store, thirtyRowsTable);
     const auto requeries = [&](auto change) {
         change();
         const bool isPending = model->isRequeryPending();
@@ -420,7 +414,7 @@ void MetaDataModelTest::settersRequeryOnChangeOnly()
 
 void MetaDataModelTest::storeTableAndSortAlwaysRequery()
 {
-    const auto model = openModel(thirtyRowsTable);
+    const auto model = settledModel(*m_store, thirtyRowsTable);
     QSignalSpy requeried(model.get(), &MetaDataModel::requeried);
 
     model->setDatabase(&m_store->database(), thirtyRowsTable);
@@ -489,7 +483,7 @@ void MetaDataModelTest::queryParametersTellTheView()
 
 void MetaDataModelTest::filtersNarrowTheRows()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
     QCOMPARE(model->rowCount(), 2);
 
     model->setFilters(true, false);
@@ -508,7 +502,7 @@ void MetaDataModelTest::filtersNarrowTheRows()
 
 void MetaDataModelTest::sortingOrdersTheRows()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     model->sort(MetaDataModel::FileNameColumn, Qt::DescendingOrder);
     QVERIFY(settles(*model));
@@ -521,7 +515,7 @@ void MetaDataModelTest::sortingOrdersTheRows()
 
 void MetaDataModelTest::lookupSearchesPathsOnlyWhenAsked()
 {
-    const auto model = openModel(valuesTable);
+    const auto model = settledModel(*m_store, valuesTable);
 
     model->setLookup("sounds");
     QVERIFY(settles(*model));
@@ -534,7 +528,7 @@ void MetaDataModelTest::lookupSearchesPathsOnlyWhenAsked()
 
 void MetaDataModelTest::storeMayBeTakenAway()
 {
-    const auto model = openModel(thirtyRowsTable);
+    const auto model = settledModel(*m_store, thirtyRowsTable);
     TestSupport::StoreHold hold(*m_store);
     model->requery();
 

@@ -10,6 +10,7 @@ using TestSupport::filledPath;
 using TestSupport::fillTable;
 using TestSupport::isShown;
 using TestSupport::Screen;
+using TestSupport::settledModel;
 using TestSupport::settles;
 using TestSupport::StoreHold;
 using TestSupport::textAt;
@@ -39,15 +40,8 @@ private slots:
     void storeThatClosesEndsTheRequests();
 
 private:
-    std::unique_ptr<MetaDataModel> openModel();
-
     std::unique_ptr<TestSupport::StoreFixture> m_store;
 };
-
-std::unique_ptr<MetaDataModel> MetaDataModelFailuresTest::openModel()
-{
-    return TestSupport::settledModel(*m_store, bigTable);
-}
 
 void MetaDataModelFailuresTest::initTestCase()
 {
@@ -64,7 +58,7 @@ void MetaDataModelFailuresTest::cleanupTestCase()
 
 void MetaDataModelFailuresTest::failedPageIsLoggedAndTheNextWorks()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     const TestSupport::MessageRecorder log;
 
@@ -83,7 +77,7 @@ void MetaDataModelFailuresTest::failedPageIsLoggedAndTheNextWorks()
 
 void MetaDataModelFailuresTest::failedCountIsLoggedAndTheNextWorks()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     const TestSupport::MessageRecorder log;
     model->setLookup("a\"b");
 
@@ -100,7 +94,7 @@ void MetaDataModelFailuresTest::failedCountIsLoggedAndTheNextWorks()
 
 void MetaDataModelFailuresTest::rowsThatAFailedQueryLeavesAreCounted()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     std::unique_ptr<StoreHold> hold;
     connect(model.get(), &MetaDataModel::requeried, model.get(),
         [this, &hold]() { hold = std::make_unique<StoreHold>(*m_store); });
@@ -128,7 +122,7 @@ void MetaDataModelFailuresTest::rowsThatAFailedQueryLeavesAreCounted()
 
 void MetaDataModelFailuresTest::failedQueryIsToldUntilAnotherIsAsked()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     const TestSupport::MessageRecorder log;
     QStringList told;
     connect(
@@ -153,7 +147,7 @@ void MetaDataModelFailuresTest::failedQueryIsToldUntilAnotherIsAsked()
 
 void MetaDataModelFailuresTest::failedRequeryOfTheShownRowsIsNoFailedQuery()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     const TestSupport::MessageRecorder log;
 
@@ -170,7 +164,7 @@ void MetaDataModelFailuresTest::failedRequeryOfTheShownRowsIsNoFailedQuery()
 
 void MetaDataModelFailuresTest::noPagesOfAFailedQueryAreAskedFor()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     const TestSupport::MessageRecorder log;
     model->setLookup("12\"");
@@ -192,7 +186,7 @@ void MetaDataModelFailuresTest::noPagesOfAFailedQueryAreAskedFor()
 
 void MetaDataModelFailuresTest::tableThatCannotBeReadHasNoRows()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     const TestSupport::MessageRecorder log;
     model->setLookup("12\"");
     QTRY_VERIFY(!model->isRequeryPending());
@@ -215,7 +209,7 @@ void MetaDataModelFailuresTest::tableThatCannotBeReadHasNoRows()
 
 void MetaDataModelFailuresTest::storeThatClosesEndsTheRequests()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     const TestSupport::MessageRecorder log;
 
     m_store->database().close();

@@ -11,6 +11,7 @@ using TestSupport::fillTable;
 using TestSupport::isShown;
 using TestSupport::reaches;
 using TestSupport::Screen;
+using TestSupport::settledModel;
 using TestSupport::settles;
 using TestSupport::StoreHold;
 using TestSupport::textAt;
@@ -55,15 +56,8 @@ private slots:
     void modelIsConsistentThroughout();
 
 private:
-    std::unique_ptr<MetaDataModel> openModel(int tableId = bigTable);
-
     std::unique_ptr<TestSupport::StoreFixture> m_store;
 };
-
-std::unique_ptr<MetaDataModel> MetaDataModelPagingTest::openModel(int tableId)
-{
-    return TestSupport::settledModel(*m_store, tableId);
-}
 
 void MetaDataModelPagingTest::initTestCase()
 {
@@ -81,7 +75,7 @@ void MetaDataModelPagingTest::cleanupTestCase()
 
 void MetaDataModelPagingTest::missedRowIsEmptyAndAskedForOnce()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
 
     for (const int role : { 0, 258, 358, 359, 360 }) {
@@ -100,7 +94,7 @@ void MetaDataModelPagingTest::missedRowIsEmptyAndAskedForOnce()
 
 void MetaDataModelPagingTest::onlyVisiblePagesAreRequested()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     screen.firstRow = 520;
     screen.lastRow = 540;
@@ -116,7 +110,7 @@ void MetaDataModelPagingTest::onlyVisiblePagesAreRequested()
 
 void MetaDataModelPagingTest::lastMissedPageIsRequestedFirst()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
 
     for (const int row : { 1010, 2020, 510 })
@@ -129,7 +123,7 @@ void MetaDataModelPagingTest::lastMissedPageIsRequestedFirst()
 
 void MetaDataModelPagingTest::quickScrollingRequestsWhatIsStillVisible()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
 
     for (int row = 100; row < 1600; ++row)
@@ -144,7 +138,7 @@ void MetaDataModelPagingTest::quickScrollingRequestsWhatIsStillVisible()
 
 void MetaDataModelPagingTest::anotherMissRestartsTheDelayOfTheRequest()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     QElapsedTimer sinceMiss;
     qint64 waited = -1;
     connect(model.get(), &MetaDataModel::rangeVisibilityCheck, model.get(), [&](int topRow) {
@@ -164,7 +158,7 @@ void MetaDataModelPagingTest::anotherMissRestartsTheDelayOfTheRequest()
 
 void MetaDataModelPagingTest::anotherRequeryRestartsTheDelayOfTheCleaning()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     QVERIFY(!isShown(*model, 100));
     QTRY_VERIFY(isShown(*model, 100));
@@ -187,7 +181,7 @@ void MetaDataModelPagingTest::anotherRequeryRestartsTheDelayOfTheCleaning()
 
 void MetaDataModelPagingTest::eleventhPageEvictsTheLeastRecentlyUsedOne()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
 
     for (int page = 1; page <= 10; ++page) {
@@ -204,7 +198,7 @@ void MetaDataModelPagingTest::eleventhPageEvictsTheLeastRecentlyUsedOne()
 
 void MetaDataModelPagingTest::cachedPageIsNotAskedForAgain()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     QVERIFY(!isShown(*model, 100));
     QTRY_VERIFY(isShown(*model, 100));
@@ -219,7 +213,7 @@ void MetaDataModelPagingTest::cachedPageIsNotAskedForAgain()
 
 void MetaDataModelPagingTest::lastPageIsShort()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
 
     QVERIFY(!isShown(*model, rowsOfBigTable - 1));
@@ -231,7 +225,7 @@ void MetaDataModelPagingTest::lastPageIsShort()
 
 void MetaDataModelPagingTest::processingSignalsAlternate()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     QString signalsInOrder;
     connect(model.get(), &MetaDataModel::processingStarted, model.get(), [&]() { signalsInOrder += "("; });
@@ -252,7 +246,7 @@ void MetaDataModelPagingTest::processingSignalsAlternate()
 
 void MetaDataModelPagingTest::staleRowsAreShownUntilTheyAreCleaned()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     QVERIFY(!isShown(*model, 100));
     QTRY_VERIFY(isShown(*model, 100));
@@ -270,7 +264,7 @@ void MetaDataModelPagingTest::staleRowsAreShownUntilTheyAreCleaned()
 
 void MetaDataModelPagingTest::visibleStalePageIsRefreshed()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     QVERIFY(!isShown(*model, 100));
     QTRY_VERIFY(isShown(*model, 100));
@@ -286,7 +280,7 @@ void MetaDataModelPagingTest::visibleStalePageIsRefreshed()
 
 void MetaDataModelPagingTest::oldRowsStayUntilTheFirstPageComes()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     StoreHold hold(*m_store);
 
     model->setLookup("sound 7");
@@ -301,7 +295,7 @@ void MetaDataModelPagingTest::oldRowsStayUntilTheFirstPageComes()
 
 void MetaDataModelPagingTest::lastOfTwoRequeriesWins()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
 
     model->setLookup("sound 123");
     model->setLookup("sound 2999");
@@ -330,7 +324,7 @@ void MetaDataModelPagingTest::requeryDuringThePendingFirstPageIsNotLost()
 
 void MetaDataModelPagingTest::pageOfAnOlderQueryIsDropped()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     StoreHold hold(*m_store);
     QVERIFY(!isShown(*model, 100));
@@ -349,7 +343,7 @@ void MetaDataModelPagingTest::pageOfAnOlderQueryIsDropped()
 
 void MetaDataModelPagingTest::countOfAnOlderQueryIsDropped()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     QSet<int> counts;
     connect(model.get(), &QAbstractItemModel::modelReset, model.get(), [&]() { counts.insert(model->rowsCount()); });
     StoreHold hold(*m_store);
@@ -369,7 +363,7 @@ void MetaDataModelPagingTest::countOfAnOlderQueryIsDropped()
 
 void MetaDataModelPagingTest::tableSwitchShowsNoOldRecord()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     QVERIFY(!isShown(*model, 100));
     QTRY_VERIFY(isShown(*model, 100));
@@ -388,7 +382,7 @@ void MetaDataModelPagingTest::tableSwitchShowsNoOldRecord()
 
 void MetaDataModelPagingTest::pageOfTheOldTableIsDropped()
 {
-    const auto model = openModel();
+    const auto model = settledModel(*m_store, bigTable);
     Screen screen(*model);
     StoreHold hold(*m_store);
     QVERIFY(!isShown(*model, 100));
@@ -406,7 +400,7 @@ void MetaDataModelPagingTest::pageOfTheOldTableIsDropped()
 void MetaDataModelPagingTest::shrunkenTableNamesNoRowPastTheEnd()
 {
     fillTable(*m_store, 4, 1040);
-    const auto model = openModel(4);
+    const auto model = settledModel(*m_store, 4);
     Screen screen(*model);
     for (const int row : { 1039, 500, 60 }) {
         QVERIFY(!isShown(*model, row));
@@ -428,7 +422,7 @@ void MetaDataModelPagingTest::shrunkenTableNamesNoRowPastTheEnd()
 void MetaDataModelPagingTest::answerAfterTheModelIsGoneIsHarmless()
 {
     const TestSupport::MessageRecorder log;
-    auto model = openModel();
+    auto model = settledModel(*m_store, bigTable);
     StoreHold hold(*m_store);
     model->requery();
     model->requestRowsCount();
