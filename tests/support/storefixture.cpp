@@ -117,6 +117,9 @@ void TestSupport::StoreFixture::open()
         makeEmptyDatabase(filePath());
     if (!m_database->open())
         qFatal("Cannot open the store: %s", qPrintable(m_database->lastError()));
+    // It tells of the opening before it has the file read ahead. A thread of the pool that was started for that later
+    // on would have the store's rights, whatever a test has taken from its own meanwhile.
+    runInThreadOf(*m_database, []() {});
 }
 
 void TestSupport::StoreFixture::openEmpty(int tableId)

@@ -42,7 +42,8 @@ public:
     QString folderPath() const { return m_folder.path(); }
     QString filePath() const { return m_folder.filePath(QStringLiteral("VellumcastDB.dat")); }
 
-    /// Opens the store, with an empty database if there is no file yet; fails the program when it cannot.
+    /// Opens the store, with an empty database if there is no file yet, and waits until it has begun what follows that;
+    /// fails the program when it cannot.
     void open();
     /// Opens the store where it is closed, and takes all records out of a table; the next one has the id 1 again. Of a
     /// store that several tests share, since making a database takes longer than a test.
