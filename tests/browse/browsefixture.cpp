@@ -68,6 +68,11 @@ bool TestSupport::reaches(const QElapsedTimer& timer, int milliseconds)
     return QTest::qWaitFor([&timer, milliseconds]() { return timer.elapsed() >= milliseconds; }, 60000);
 }
 
+bool TestSupport::isWholeDelay(qint64 waited, int delay)
+{
+    return 10 * waited >= 9 * delay;
+}
+
 QStringList TestSupport::ownMethods(const QMetaObject& object)
 {
     QStringList methods;

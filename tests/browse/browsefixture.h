@@ -24,9 +24,12 @@ bool settles(const MetaDataModel& model);
 /// A model of a table that has settled; fails the program when it does not.
 std::unique_ptr<MetaDataModel> settledModel(StoreFixture& store, int tableId);
 
-/// Waits until so many milliseconds have passed since the timer was started; always true. What must last at least as
-/// long as a delay can be tested so, as a slow machine makes it only longer; a coarse timer may end a twentieth early.
+/// Waits until so many milliseconds have passed since the timer was started; always true.
 bool reaches(const QElapsedTimer& timer, int milliseconds);
+
+/// Whether so many milliseconds are a delay's whole length. What must last at least so long can be tested, as a slow
+/// machine makes it only longer; but a coarse timer may end a twentieth early, and counts whole milliseconds.
+bool isWholeDelay(qint64 waited, int delay);
 
 /// The signatures of the signals and slots that a class itself has, in the order of its meta-object.
 QStringList ownMethods(const QMetaObject& object);
