@@ -22,7 +22,7 @@ constexpr qint64 mostTableRows = 2000000;
 // Rows between two looks at whether the scan was canceled.
 constexpr size_t stepSize = 1000;
 
-// Rows that one statement touches: a tenth less than with a statement for each.
+// Rows that one statement touches: they take a tenth less time than with a statement for each.
 constexpr size_t blockSize = 50;
 
 /// Gives the time stamp to so many rows at a time, or to none of them.
@@ -98,7 +98,7 @@ bool UnchangedRows::touchEach(qint64 scanTimestamp, const std::function<bool()>&
 {
     TouchStatement block(m_handle, m_tableName, scanTimestamp, blockSize);
     TouchStatement single(m_handle, m_tableName, scanTimestamp, 1);
-    // Of a block in which a row was refused, which is as it was before.
+    // Rows of a refused block, which stand as before: one by one, so that the refused row is known.
     size_t singlesLeft = 0;
     for (size_t left = m_ids.size(); left > 0;) {
         const size_t count = singlesLeft == 0 && left >= blockSize ? blockSize : 1;

@@ -28,7 +28,7 @@ public:
     void add(qint64 id) { m_ids.push_back(id); }
     /// Gives all of them the time stamp, in ms since the epoch (UTC), save those of `failures()`. False when SQLite
     /// gave up the transaction or an index could not be made anew, and when it was canceled on the way: the transaction
-    /// must then be rolled back. It opens none; without one, each row is written for itself.
+    /// must then be rolled back. It opens none; without one, the rows are written some at a time.
     bool touch(qint64 scanTimestamp, const std::function<bool()>& isCanceled);
     const std::vector<Failure>& failures() const { return m_failures; }
 
